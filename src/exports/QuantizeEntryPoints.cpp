@@ -1,0 +1,24 @@
+#include "color/QuantizeWorkers.h"
+#include "host/CallFrame.h"
+
+using OstrelUtils::DitherCatchTable;
+using OstrelUtils::QuantizeCatchTable;
+using OstrelUtils::runInCallFrame;
+
+extern "C" {
+
+QUORBEL_EXPORT int ImageQuantize(QuorbelLibraryData, mint argc, MArgument *args, MArgument result) {
+    return runInCallFrame<QuantizeCatchTable>(argc, args, result, Quant::imageQuantize);
+}
+
+QUORBEL_EXPORT int GetQuantizedImage(QuorbelLibraryData, mint argc, MArgument *args,
+                                     MArgument result) {
+    return runInCallFrame<QuantizeCatchTable>(argc, args, result, Quant::getQuantizedImage);
+}
+
+// Counting shares the dithering export's table: runtime errors -14, others -10.
+QUORBEL_EXPORT int UniqueColors(QuorbelLibraryData, mint argc, MArgument *args, MArgument result) {
+    return runInCallFrame<DitherCatchTable>(argc, args, result, Quant::uniqueColors);
+}
+
+}  // extern "C"
