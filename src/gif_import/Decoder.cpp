@@ -1,0 +1,93 @@
+#include "gif_import/Decoder.h"
+
+#include <algorithm>
+#include <stdexcept>
+
+#include <gif_lib.h>
+
+#include "gif_import/ExtensionScan.h"
+#include "gif_import/FrameExtraction.h"
+#include "gif_import/Palette.h"
+
+namespace GifImport {
+namespace {
+
+int readFromStream(GifFileType *gif, GifByteType *buffer, int length) {
+    auto *file = static_cast<std::FILE *>(gif->UserData);
+    return static_cast<int>(std::fread(buffer, 1, static_cast<std::size_t>(length), file));
+}
+
+struct GifCloser {
+    void operator()(GifFileType *gif) const { DGifCloseFile(gif, nullptr); }
+};
+using GifHandle = std::unique_ptr<GifFileType, GifCloser>;
+
+GifHandle openGif(std::FILE *file) {
+    int error = D_GIF_SUCCEEDED;
+    GifHandle gif(DGifOpen(file, readFromStream, &error));
+    if (error != D_GIF_SUCCEEDED) gif.reset();
+    return gif;
+}
+
+}  // namespace
+
+void Decoder::ensureLoaded() {
+    if (!loaded && !load()) error = true;
+}
+
+bool Decoder::load() {
+    if (!file) return false;
+    GifHandle gif = openGif(file.get());
+    if (!gif) return false;
+    try {
+        decodeInto(gif.get());
+    } catch (...) {
+        // Covers the decoder's own failures as well as bad_alloc and an
+        // out-of-range canvas position while compositing.
+        reset();
+        return false;
+    }
+    loaded = true;
+    return true;
+}
+
+void Decoder::decodeInto(GifFileType *gif) {
+    if (DGifSlurp(gif) != GIF_OK) throw std::runtime_error("Loading data failed");
+
+    canvasWidth = static_cast<std::uint32_t>(gif->SWidth);
+    canvasHeight = static_cast<std::uint32_t>(gif->SHeight);
+    frameCount = static_cast<std::uint32_t>(gif->ImageCount);
+    // Offsets are not added: a frame pushed past the screen is dropped later
+    // instead of enlarging the canvas.
+    for (int i = 0; i < gif->ImageCount; ++i) {
+        const GifImageDesc &image = gif->SavedImages[i].ImageDesc;
+        canvasHeight = std::max(canvasHeight, static_cast<std::uint32_t>(image.Height));
+        canvasWidth = std::max(canvasWidth, static_cast<std::uint32_t>(image.Width));
+    }
+    if (canvasWidth == 0 || canvasHeight == 0) throw std::runtime_error("Loading data failed");
+
+    scanExtensions(gif->ExtensionBlocks, gif->ExtensionBlockCount, loopCount, fileComments);
+    canvasPixelCount = canvasWidth * canvasHeight;
+
+    if (gif->SColorMap != nullptr) {
+        globalPalette = paletteFromColorMap(*gif->SColorMap);
+        backgroundIndex = gif->SBackGroundColor;
+        if (backgroundIndex >= 0 && static_cast<std::size_t>(backgroundIndex) < globalPalette.size())
+            backgroundColor = withAlpha(globalPalette[backgroundIndex], 0);
+        else
+            backgroundIndex = -1;
+    }
+    canvas.assign(canvasPixelCount, backgroundColor);
+
+    const int kept = extractFrames(*this, gif, gif->ImageCount);
+    if (kept < 0) throw std::runtime_error("Frames extraction failed");
+    if (static_cast<std::uint32_t>(kept) < frameCount) frameCount = static_cast<std::uint32_t>(kept);
+}
+
+void Decoder::reset() {
+    canvas.clear();
+    globalPalette.clear();
+    frames.clear();
+}
+
+}  // namespace GifImport

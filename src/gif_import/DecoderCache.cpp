@@ -1,0 +1,54 @@
+#include "gif_import/DecoderCache.h"
+
+#include <map>
+#include <memory>
+#include <vector>
+
+namespace GifImport {
+namespace {
+
+std::map<std::string, std::unique_ptr<Decoder>> &cache() {
+    static std::map<std::string, std::unique_ptr<Decoder>> decoders;
+    return decoders;
+}
+
+// Decoders taken out of the cache after a failed decode. The entry vanishes
+// at once, but the object and its open stream live on until un-initialisation;
+// holding them here keeps that behaviour without leaking them.
+std::vector<std::unique_ptr<Decoder>> &graveyard() {
+    static std::vector<std::unique_ptr<Decoder>> unlinked;
+    return unlinked;
+}
+
+}  // namespace
+
+Decoder *getOrLoad(const std::string &fileName) {
+    auto &decoders = cache();
+    if (auto found = decoders.find(fileName); found != decoders.end()) return found->second.get();
+    FileHandle file(std::fopen(fileName.c_str(), "rb"));
+    if (!file) return nullptr;
+    auto decoder = std::make_unique<Decoder>(std::move(file));
+    return decoders.insert_or_assign(fileName, std::move(decoder)).first->second.get();
+}
+
+void unlinkDecoder(const std::string &fileName) {
+    auto &decoders = cache();
+    auto found = decoders.find(fileName);
+    if (found == decoders.end()) return;
+    graveyard().push_back(std::move(found->second));
+    decoders.erase(found);
+}
+
+bool eraseDecoder(const std::string &fileName) {
+    return cache().erase(fileName) != 0;
+}
+
+void destroyAllDecoders() {
+    auto &decoders = cache();
+    while (!decoders.empty()) decoders.erase(decoders.begin());
+    graveyard().clear();
+}
+
+std::size_t cachedDecoderCount() { return cache().size(); }
+
+}  // namespace GifImport

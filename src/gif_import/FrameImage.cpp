@@ -1,0 +1,45 @@
+#include "gif_import/FrameImage.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace GifImport {
+
+FrameImage::~FrameImage() {
+    if (image_ != nullptr) functions_->free(image_);
+}
+
+int FrameImage::create(mint slices, std::uint32_t width, std::uint32_t height, int channels) {
+    if (functions_ == nullptr) return QUORBEL_FUNCTION_ERROR;
+    channels_ = channels;
+    MImage created = nullptr;
+    const int code =
+        slices == 0
+            ? functions_->new2D(width, height, channels, MImage_Type_Bit8, MImage_CS_RGB,
+                                QUORBEL_TRUE, &created)
+            : functions_->new3D(slices, width, height, channels, MImage_Type_Bit8, MImage_CS_RGB,
+                                QUORBEL_TRUE, &created);
+    if (code == 0) image_ = created;
+    return code;
+}
+
+void FrameImage::setSlice(std::size_t slice, const std::vector<PackedColor> &picture) {
+    auto *target = static_cast<std::uint8_t *>(functions_->getRawData(image_)) +
+                   slice * picture.size() * static_cast<std::size_t>(channels_);
+    if (channels_ == 4) {
+        // Packed colours are already RGBA in memory.
+        std::memcpy(target, picture.data(), picture.size() * sizeof(PackedColor));
+        return;
+    }
+    for (PackedColor color : picture) {
+        const ColorBytes bytes = colorBytes(color);
+        target = std::copy_n(bytes.begin(), 3, target);
+    }
+}
+
+void FrameImage::passToResult(MArgument result) {
+    MArgument_setMImage(result, image_);
+    image_ = nullptr;
+}
+
+}  // namespace GifImport
