@@ -52,10 +52,15 @@ RhCounters rh_counters(void);
 /* Argument strings issued and not yet given back. */
 long rh_strings_outstanding(void);
 
+/* The text of the last message posted ("" before the first); valid until the
+   next message. */
+const char *rh_last_message(void);
+
 /* --- Fault injection ------------------------------------------------------ */
 
 /* The next creation of that kind (image: new2D, new3D and clone) returns `code`
-   without creating anything. One-shot; code 0 cancels. */
+   without creating anything. One-shot; code 0 cancels. Only creations through
+   the callback table count; rh_image_new never fails by injection. */
 void rh_fail_next_image_creation(int code);
 void rh_fail_next_raw_array_creation(int code);
 void rh_fail_next_tensor_creation(int code);
@@ -139,8 +144,9 @@ typedef struct {
  * Calls the argument-vector export `name` with `argc` arguments. `result->kind`
  * says which kind of result to read back; the slot is filled with a sentinel
  * before the call, and `result->written` tells whether the export changed it.
- * Returns the export's code, or -1000 when the library has no such export.
- * An object handed back as a result belongs to the caller, to free through the
+ * Returns the export's code, or -1000 when the library has no such export, or
+ * QUORBEL_FUNCTION_ERROR without calling when argc is negative or args is null
+ * while argc is positive. An object handed back as a result belongs to the caller, to free through the
  * table.
  */
 int rh_call(RhPlugin *plugin, const char *name, mint argc, const RhValue *args, RhValue *result);
@@ -158,14 +164,16 @@ typedef enum {
 } RhExprKind;
 
 /*
- * Parses the kernel's input form: integers, reals (1.5, 1., 2.5e-3), strings
- * with \" \\ \n \t escapes, symbols, Head[a, b], {a, b} for List[a, b] and
- * a -> b for Rule[a, b]. Returns null on a syntax error and writes the reason.
+ * Parses the kernel's input form: integers, reals (1.5, 1., -2.5e-3), strings
+ * with \" \\ \n \t \r escapes and \ooo (three octal digits) for any byte,
+ * symbols (letters, digits, $), Head[a, b], {a, b} for List[a, b], a -> b for
+ * Rule[a, b] (right-associative, binding loosest) and parentheses for grouping.
+ * Returns null on a syntax error and writes the reason.
  */
 RhExpr *rh_expr_parse(const char *text, char *error, size_t errorSize);
 
 /* Prints in input form: {…} for List, a -> b for Rule, strings quoted and
-   escaped, reals in shortest round-trip form with a trailing dot when they
+   escaped (other control bytes as \ooo; non-ASCII bytes as they are), reals in shortest round-trip form with a trailing dot when they
    hold an integer value (1., 0.07, 1.5e-10), symbols bare, Head[a, b]
    otherwise. The text is malloc'd; free it with free(). */
 char *rh_expr_format(const RhExpr *expr);
@@ -196,8 +204,15 @@ RhExpr *rh_expr_new_normal(const char *head, RhExpr **arguments, size_t count);
  * wrote into *answer (null otherwise, or when the packet cannot be read).
  * Returns the export's code, or -1000 when the library has no such export.
  * Byte arrays come back as nested List expressions of integers.
+ *
+ * The answer must be one expression in an ended packet, and the export must
+ * have read exactly its arguments and left the link without error; otherwise
+ * the answer is null and rh_link_answer_problem says why.
  */
 int rh_call_link(RhPlugin *plugin, const char *name, const RhExpr *arguments, RhExpr **answer);
+
+/* Why the last rh_call_link gave no answer for code 0; "" otherwise. */
+const char *rh_link_answer_problem(void);
 
 #ifdef __cplusplus
 }
