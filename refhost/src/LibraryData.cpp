@@ -8,7 +8,7 @@
 namespace refhost {
 namespace {
 
-constexpr int variantCount = RH_TABLE_WITHOUT_IMAGES | RH_TABLE_WITHOUT_RAW_ARRAYS | 1;
+constexpr int variantCount = (RH_TABLE_WITHOUT_IMAGES | RH_TABLE_WITHOUT_RAW_ARRAYS) + 1;
 
 st_QuorbelLibraryData makeTable(int variant) {
     // The SDK's tables are non-const; plug-ins only read them.
