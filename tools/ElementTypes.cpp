@@ -1,0 +1,181 @@
+#include "ElementTypes.h"
+
+#include <complex>
+#include <cstdint>
+#include <cstring>
+#include <limits>
+#include <stdexcept>
+
+#include "NumberText.h"
+
+namespace tarvex_cli {
+namespace {
+
+const std::vector<RawElementType> kRawTypes = {
+    {MRawArray_Type_Bit8, "int8", "Integer8", 1},
+    {MRawArray_Type_UBit8, "uint8", "UnsignedInteger8", 1},
+    {MRawArray_Type_Bit16, "int16", "Integer16", 2},
+    {MRawArray_Type_UBit16, "uint16", "UnsignedInteger16", 2},
+    {MRawArray_Type_Bit32, "int32", "Integer32", 4},
+    {MRawArray_Type_UBit32, "uint32", "UnsignedInteger32", 4},
+    {MRawArray_Type_Bit64, "int64", "Integer64", 8},
+    {MRawArray_Type_UBit64, "uint64", "UnsignedInteger64", 8},
+    {MRawArray_Type_Real32, "real32", "Real32", 4},
+    {MRawArray_Type_Real64, "real64", "Real64", 8},
+    {MRawArray_Type_Complex_Real32, "complex-real32", "ComplexReal32", 8},
+    {MRawArray_Type_Complex_Real64, "complex-real64", "ComplexReal64", 16},
+};
+
+std::invalid_argument badElement(std::string_view token, std::string_view typeName) {
+    return std::invalid_argument("'" + std::string(token) + "' is not a valid " +
+                                 std::string(typeName) + " element");
+}
+
+template <typename T>
+void appendBytes(const T &value, std::vector<std::byte> &out) {
+    const auto *bytes = reinterpret_cast<const std::byte *>(&value);
+    out.insert(out.end(), bytes, bytes + sizeof value);
+}
+
+template <typename T>
+T load(const void *element) {
+    T value;
+    std::memcpy(&value, element, sizeof value);
+    return value;
+}
+
+template <typename Int>
+std::optional<Int> parseInteger(std::string_view token) {
+    if constexpr (std::is_signed_v<Int>) {
+        auto wide = parseInt64(token);
+        if (!wide || *wide < std::numeric_limits<Int>::min() || *wide > std::numeric_limits<Int>::max())
+            return std::nullopt;
+        return static_cast<Int>(*wide);
+    } else {
+        auto wide = parseUInt64(token);
+        if (!wide || *wide > std::numeric_limits<Int>::max()) return std::nullopt;
+        return static_cast<Int>(*wide);
+    }
+}
+
+// RE, IMi, RE+IMi, RE-IMi; the sign that splits the parts is the last one
+// that does not belong to an exponent.
+std::optional<std::complex<double>> parseComplex(std::string_view token) {
+    if (token.empty()) return std::nullopt;
+    if (token.back() != 'i') {
+        auto re = parseReal(token);
+        return re ? std::optional(std::complex<double>(*re, 0)) : std::nullopt;
+    }
+    std::string_view body = token.substr(0, token.size() - 1);
+    std::size_t split = std::string_view::npos;
+    for (std::size_t i = body.size(); i-- > 1;) {
+        if ((body[i] == '+' || body[i] == '-') && body[i - 1] != 'e' && body[i - 1] != 'E') {
+            split = i;
+            break;
+        }
+    }
+    std::string_view imText = split == std::string_view::npos ? body : body.substr(split);
+    auto re = split == std::string_view::npos ? std::optional(0.0) : parseReal(body.substr(0, split));
+    auto im = (imText == "+" || imText == "-" || imText.empty())
+                  ? std::optional(imText == "-" ? -1.0 : 1.0)
+                  : parseReal(imText);
+    if (!re || !im) return std::nullopt;
+    return std::complex<double>(*re, *im);
+}
+
+template <typename Real>
+std::string formatComplex(const void *element) {
+    auto parts = load<std::complex<Real>>(element);
+    return "Complex[" + formatReal(parts.real()) + ", " + formatReal(parts.imag()) + "]";
+}
+
+template <typename Int>
+void appendInteger(const RawElementType &type, std::string_view token, std::vector<std::byte> &out) {
+    auto value = parseInteger<Int>(token);
+    if (!value) throw badElement(token, type.shortName);
+    appendBytes(*value, out);
+}
+
+}  // namespace
+
+const std::vector<RawElementType> &rawElementTypes() { return kRawTypes; }
+
+std::optional<RawElementType> findRawElementType(std::string_view name) {
+    auto number = parseInt64(name);
+    for (const RawElementType &type : kRawTypes) {
+        if (name == type.shortName || name == type.kernelName || (number && *number == type.id))
+            return type;
+    }
+    return std::nullopt;
+}
+
+const RawElementType &rawElementType(MRawArray_Data_Type id) {
+    for (const RawElementType &type : kRawTypes)
+        if (type.id == id) return type;
+    throw std::invalid_argument("unknown raw-array element type " + std::to_string(id));
+}
+
+void appendElement(MRawArray_Data_Type id, std::string_view token, std::vector<std::byte> &out) {
+    const RawElementType &type = rawElementType(id);
+    switch (id) {
+    case MRawArray_Type_Bit8: return appendInteger<std::int8_t>(type, token, out);
+    case MRawArray_Type_UBit8: return appendInteger<std::uint8_t>(type, token, out);
+    case MRawArray_Type_Bit16: return appendInteger<std::int16_t>(type, token, out);
+    case MRawArray_Type_UBit16: return appendInteger<std::uint16_t>(type, token, out);
+    case MRawArray_Type_Bit32: return appendInteger<std::int32_t>(type, token, out);
+    case MRawArray_Type_UBit32: return appendInteger<std::uint32_t>(type, token, out);
+    case MRawArray_Type_Bit64: return appendInteger<std::int64_t>(type, token, out);
+    case MRawArray_Type_UBit64: return appendInteger<std::uint64_t>(type, token, out);
+    case MRawArray_Type_Real32:
+    case MRawArray_Type_Real64: {
+        auto value = parseReal(token);
+        if (!value) throw badElement(token, type.shortName);
+        if (id == MRawArray_Type_Real32) return appendBytes(static_cast<float>(*value), out);
+        return appendBytes(*value, out);
+    }
+    case MRawArray_Type_Complex_Real32:
+    case MRawArray_Type_Complex_Real64: {
+        auto value = parseComplex(token);
+        if (!value) throw badElement(token, type.shortName);
+        if (id == MRawArray_Type_Complex_Real32) return appendBytes(std::complex<float>(*value), out);
+        return appendBytes(*value, out);
+    }
+    default: throw badElement(token, type.shortName);
+    }
+}
+
+std::string formatElement(MRawArray_Data_Type id, const void *element) {
+    switch (id) {
+    case MRawArray_Type_Bit8: return std::to_string(load<std::int8_t>(element));
+    case MRawArray_Type_UBit8: return std::to_string(load<std::uint8_t>(element));
+    case MRawArray_Type_Bit16: return std::to_string(load<std::int16_t>(element));
+    case MRawArray_Type_UBit16: return std::to_string(load<std::uint16_t>(element));
+    case MRawArray_Type_Bit32: return std::to_string(load<std::int32_t>(element));
+    case MRawArray_Type_UBit32: return std::to_string(load<std::uint32_t>(element));
+    case MRawArray_Type_Bit64: return std::to_string(load<std::int64_t>(element));
+    case MRawArray_Type_UBit64: return std::to_string(load<std::uint64_t>(element));
+    case MRawArray_Type_Real32: return formatReal(load<float>(element));
+    case MRawArray_Type_Real64: return formatReal(load<double>(element));
+    case MRawArray_Type_Complex_Real32: return formatComplex<float>(element);
+    case MRawArray_Type_Complex_Real64: return formatComplex<double>(element);
+    default: throw std::invalid_argument("unknown raw-array element type " + std::to_string(id));
+    }
+}
+
+void appendTensorElement(MTensor_Data_Type type, std::string_view token, std::vector<std::byte> &out) {
+    if (type == MTensor_Type_Integer) {
+        auto value = parseInt64(token);
+        if (!value) throw badElement(token, "integer tensor");
+        return appendBytes(static_cast<mint>(*value), out);
+    }
+    auto value = parseReal(token);
+    if (!value) throw badElement(token, "real tensor");
+    appendBytes(static_cast<mreal>(*value), out);
+}
+
+std::string formatTensorElement(MTensor_Data_Type type, const void *element) {
+    if (type == MTensor_Type_Integer) return std::to_string(load<mint>(element));
+    return formatReal(load<mreal>(element));
+}
+
+}  // namespace tarvex_cli
