@@ -42,7 +42,7 @@ int ZvTestHead(ZvLINK link, const char *head, int *argumentCount);
 /* Kind of the next token, without consuming it; ZVTK_ERROR at the end. */
 int ZvGetNext(ZvLINK link);
 
-/* Reads a string (or symbol name) as UTF-8 bytes. The bytes stay valid until
+/* Reads a string token as UTF-8 bytes. The bytes stay valid until
    ZvReleaseUTF8String or until the link is closed. */
 int ZvGetUTF8String(ZvLINK link, const unsigned char **bytes, int *byteCount, int *charCount);
 void ZvReleaseUTF8String(ZvLINK link, const unsigned char *bytes, int byteCount);
