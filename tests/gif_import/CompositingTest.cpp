@@ -1,0 +1,125 @@
+// Composited pictures of tiny animations, worked out by hand. Letters name
+// the colours of kEight (K R G B W Y C M); lowercase is the same colour with
+// alpha 0.
+#include <gtest/gtest.h>
+
+#include "ImportCalls.h"
+#include "RawGif.h"
+
+namespace gif_test {
+namespace {
+
+using Rows = std::vector<std::string>;
+
+Image withControl(Image image, int disposal, int transparent = -1) {
+    image.control = Control{0, disposal, transparent, false};
+    return image;
+}
+
+// A one-row frame at the top left.
+Image row(std::vector<std::uint8_t> indices) {
+    Image image;
+    image.width = static_cast<int>(indices.size());
+    image.indices = std::move(indices);
+    return image;
+}
+
+class Compositing : public ::testing::Test {
+    tarvex_test::HostBooksGuard books;
+};
+
+TEST_F(Compositing, DisposalModesPrepareTheNextFrame) {
+    // Background white (index 4); every disposal once, 5 standing for an
+    // undefined value that behaves as "keep".
+    const std::string path = GifBuilder(3, 1)
+                                 .globalColors(kEight, 4)
+                                 .image(withControl(solid(0, 0, 3, 1, 1), 2))
+                                 .image(withControl(solid(1, 0, 1, 1, 2), 3))
+                                 .image(withControl(solid(2, 0, 1, 1, 3), 1))
+                                 .image(withControl(solid(0, 0, 1, 1, 5), 5))
+                                 .image(withControl(solid(1, 0, 1, 1, 6), 0))
+                                 .write("disposal.gif");
+    const Picture all = readAllFrames(path);
+    ASSERT_EQ(all.code, 0);
+    EXPECT_EQ(all.slices, 5);
+    EXPECT_EQ(all.channels, 4);
+    EXPECT_EQ(all.rows(0), Rows{"RRR"});
+    EXPECT_EQ(all.rows(1), Rows{"wGw"});  // restore-background left transparent white
+    EXPECT_EQ(all.rows(2), Rows{"wwB"});  // restore-previous undid the green
+    EXPECT_EQ(all.rows(3), Rows{"YwB"});
+    EXPECT_EQ(all.rows(4), Rows{"YCB"});
+
+    const Picture first = readOneFrame(path, 1);
+    EXPECT_EQ(first.channels, 3);  // covers the canvas, no transparency
+    EXPECT_EQ(readOneFrame(path, 2).channels, 4);
+
+    int code = 0;
+    const std::string frames = linkAnswer("ReadFrameMetadata", path, &code);
+    const std::string expectedOrder[] = {"\"Background\"", "\"Previous\"", "\"None\"",
+                                         "Missing[\"NotAvailable\"]", "Missing[\"NotAvailable\"]"};
+    std::size_t at = 0;
+    for (const std::string &disposal : expectedOrder) {
+        at = frames.find("\"DisposalOperation\" -> " + disposal, at);
+        ASSERT_NE(at, std::string::npos) << disposal << " in " << frames;
+        ++at;
+    }
+}
+
+TEST_F(Compositing, TransparentIndicesStampOnlyStillTransparentPixels) {
+    Image local = row({2, 2, 1});
+    local.localColors = ColorTable{kBlack, kRed, kGreen, kBlue};
+    const std::string path = GifBuilder(3, 1)
+                                 .globalColors(kEight, 0)
+                                 .image(withControl(solid(0, 0, 1, 1, 1), 1))
+                                 .image(withControl(row({3, 3, 2}), 1, 3))
+                                 .image(withControl(local, 1, 2))
+                                 .image(withControl(solid(1, 0, 1, 1, 2), 1))
+                                 .write("transparency.gif");
+    const Picture all = readAllFrames(path);
+    ASSERT_EQ(all.code, 0);
+    EXPECT_EQ(all.rows(0), Rows{"Rkk"});
+    EXPECT_EQ(all.rows(1), Rows{"RbG"});  // global transparent blue: kept red, stamped blue
+    EXPECT_EQ(all.rows(2), Rows{"RgR"});  // local transparent green
+    EXPECT_EQ(all.rows(3), Rows{"RGR"});  // the global green itself stays opaque
+}
+
+TEST_F(Compositing, FramesOutsideTheCanvasAreDroppedAndTheRestRenumbered) {
+    const std::string path = GifBuilder(2, 2)
+                                 .globalColors(kEight)
+                                 .image(withControl(solid(0, 0, 2, 2, 1), 1))
+                                 .image(withControl(solid(1, 1, 2, 1, 2), 1))  // past the right edge
+                                 .image(withControl(solid(0, 1, 1, 1, 3), 1))
+                                 .write("dropped.gif");
+    const Picture second = readOneFrame(path, 2);
+    ASSERT_EQ(second.code, 0);
+    EXPECT_EQ(second.rows(), (Rows{"RR", "BR"}));
+    EXPECT_EQ(readOneFrame(path, 3).code, -1);
+    int code = 0;
+    EXPECT_NE(linkAnswer("ReadFileMetadata", path, &code).find("\"ImageCount\" -> 2"),
+              std::string::npos);
+}
+
+TEST_F(Compositing, AnImageLargerThanTheScreenEnlargesTheCanvas) {
+    const std::string path =
+        GifBuilder(2, 2).globalColors(kEight).image(solid(0, 0, 3, 1, 1)).write("enlarged.gif");
+    const Picture frame = readOneFrame(path, 1);
+    ASSERT_EQ(frame.code, 0);
+    EXPECT_EQ(frame.rank, 2);
+    EXPECT_EQ(frame.channels, 4);
+    EXPECT_EQ(frame.rows(), (Rows{"RRR", "kkk"}));
+}
+
+TEST_F(Compositing, IndicesPastThePaletteLeaveThePixel) {
+    const std::string path = RawGif(2, 1, {kRed, kGreen}, 0)
+                                 .image(0, 0, 2, 1, {1, 5})
+                                 .trailer()
+                                 .write("past-palette.gif");
+    // The untouched pixel keeps the background red; the frame covers the
+    // canvas without a transparent index, so no alpha channel hides it.
+    const Picture frame = readOneFrame(path, 1);
+    EXPECT_EQ(frame.channels, 3);
+    EXPECT_EQ(frame.rows(), Rows{"GR"});
+}
+
+}  // namespace
+}  // namespace gif_test

@@ -1,0 +1,117 @@
+// Damaged files and host failures: every one ends in a defined code with the
+// host's books balanced.
+#include <gtest/gtest.h>
+
+#include "ImportCalls.h"
+#include "RawGif.h"
+
+namespace gif_test {
+namespace {
+
+const char *const kLinkReaders[] = {"ReadFileMetadata", "ReadFrameMetadata", "ReadPalettes",
+                                    "ReadRasterBits"};
+
+class Robustness : public ::testing::Test {
+    tarvex_test::HostBooksGuard books;
+};
+
+// Every reader's code for the file; the file is dropped from the cache by
+// each -3, so every call decodes it afresh.
+std::vector<int> allCodes(const std::string &path) {
+    std::vector<int> codes{readOneFrame(path, 1).code, readAllFrames(path).code,
+                           readGlobalPalette(path).code};
+    for (const char *name : kLinkReaders) {
+        int code = 0;
+        linkAnswer(name, path, &code);
+        codes.push_back(code);
+    }
+    return codes;
+}
+
+const std::vector<int> kAllUndecodable(7, -3);
+const std::vector<int> kAllWithoutFrames(7, -1);
+
+RawGif twoByTwo() { return RawGif(2, 2, {kRed, kGreen}).image(0, 0, 2, 2, {0, 1, 1, 0}); }
+
+TEST_F(Robustness, UndecodableFilesAreReportedAndDropped) {
+    const std::vector<std::uint8_t> whole = twoByTwo().trailer().bytes();
+    for (std::size_t length : {std::size_t{3}, std::size_t{12}, std::size_t{20}, whole.size() - 1}) {
+        const std::string path = twoByTwo().trailer().write("truncated.gif", length);
+        EXPECT_EQ(allCodes(path), kAllUndecodable) << "cut at " << length;
+        bool removed = true;
+        clearCache(path, &removed);
+        EXPECT_FALSE(removed);
+    }
+    const std::vector<std::uint8_t> garbage{0xff, 0xff, 0xff, 0xff};
+    EXPECT_EQ(allCodes(RawGif(2, 2, {kRed, kGreen}).imageWithData(0, 0, 2, 2, 2, garbage).trailer().write("lzw.gif")),
+              kAllUndecodable);
+    EXPECT_EQ(allCodes(RawGif(2, 2, {kRed, kGreen}).imageWithData(0, 0, 2, 2, 12, garbage).trailer().write("code-size.gif")),
+              kAllUndecodable);
+    EXPECT_EQ(allCodes(RawGif(2, 2, {kRed, kGreen}).trailer().write("no-images.gif")), kAllUndecodable);
+    EXPECT_EQ(allCodes(writeFile("text.gif", {'h', 'e', 'l', 'l', 'o'})), kAllUndecodable);
+    EXPECT_EQ(allCodes(scratchPath("")), kAllUndecodable);  // a directory opens but does not read
+}
+
+TEST_F(Robustness, AFileDecodesAfreshAfterItWasFoundUndecodable) {
+    const std::string path = twoByTwo().trailer().write("repaired.gif", 20);
+    ASSERT_EQ(readOneFrame(path, 1).code, -3);
+    twoByTwo().trailer().write("repaired.gif");
+    EXPECT_EQ(readOneFrame(path, 1).rows(), (std::vector<std::string>{"RG", "GR"}));
+    clearCache(path);
+}
+
+TEST_F(Robustness, FilesWithoutUsableFramesReportNoFrames) {
+    EXPECT_EQ(allCodes(RawGif(2, 2, {kRed, kGreen}).image(1, 1, 2, 2, {0, 0, 0, 0}).trailer().write("past-screen.gif")),
+              kAllWithoutFrames);
+    EXPECT_EQ(allCodes(RawGif(2, 2).image(0, 0, 2, 2, {0, 0, 0, 0}).trailer().write("no-colors.gif")),
+              kAllWithoutFrames);
+    // A zero-sized screen takes its size from the images.
+    const Picture frame = readOneFrame(RawGif(0, 0, {kRed, kGreen}).image(0, 0, 2, 1, {1, 0}).trailer().write("zero-screen.gif"), 1);
+    EXPECT_EQ(frame.rows(), std::vector<std::string>{"GR"});
+}
+
+TEST_F(Robustness, HostCreationFailuresAreReturnedWithNothingLeftAlive) {
+    const std::string path = twoByTwo().trailer().write("faults.gif");
+    rh_fail_next_image_creation(5);
+    EXPECT_EQ(readOneFrame(path, 1).code, 5);
+    rh_fail_next_image_creation(5);
+    EXPECT_EQ(readAllFrames(path).code, 5);
+    rh_fail_next_tensor_creation(7);
+    const Tensor palette = readGlobalPalette(path);
+    EXPECT_EQ(palette.code, 7);
+    EXPECT_FALSE(palette.written);
+    rh_clear_faults();
+}
+
+TEST_F(Robustness, ALinkFailingAtAnyPutEndsTheAnswerWithMinusOne) {
+    const std::string path = RawGif(2, 1, {kRed, kGreen})
+                                 .control(1, 3, 0)
+                                 .comment({"x"})
+                                 .image(0, 0, 2, 1, {0, 1}, {kBlue, kRed})
+                                 .image(0, 0, 1, 1, {1})
+                                 .comment({"y"})
+                                 .trailer()
+                                 .write("link-faults.gif");
+    for (const char *name : kLinkReaders) {
+        int code = 0;
+        const std::string full = linkAnswer(name, path, &code);
+        ASSERT_EQ(code, 0);
+        int puts = 0;
+        for (;; ++puts) {
+            rh_fail_link_after(puts);
+            linkAnswer(name, path, &code);
+            if (code == 0) break;
+            ASSERT_EQ(code, -1) << name << " failing after " << puts << " puts";
+        }
+        EXPECT_GE(puts, 4) << name;  // packet, list and two frames at least
+        // Ending the packet is not a put: with only the end failing, the code
+        // is 0 though the kernel gets no answer.
+        rh_fail_link_after(puts + 2);
+        EXPECT_EQ(linkAnswer(name, path, &code), full);
+        rh_clear_faults();
+    }
+    clearCache(path);
+}
+
+}  // namespace
+}  // namespace gif_test
