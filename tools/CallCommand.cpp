@@ -10,7 +10,7 @@
 #include "HostArguments.h"
 #include "HostTable.h"
 #include "NumberText.h"
-#include "Plugin.h"
+#include "PluginDiscovery.h"
 #include "ResultFiles.h"
 #include "ResultText.h"
 
@@ -161,11 +161,11 @@ int callArgumentExport(const CallRequest &request) {
     const std::vector<Argument> parsed = parseArguments(request.arguments);
     RhPlugin *loaded = pluginWithExport(request.exportName);
     const std::size_t count = static_cast<std::size_t>(request.argc.value_or(static_cast<mint>(parsed.size())));
-    HostArguments arguments(parsed, count);
+    HostArguments arguments(parsed);
+    const std::vector<RhValue> slots = arguments.slots(count);
     RhValue result{};
     result.kind = request.result;
-    const int code = rh_call(loaded, request.exportName.c_str(), static_cast<mint>(count),
-                             arguments.values().data(), &result);
+    const int code = rh_call(loaded, request.exportName.c_str(), static_cast<mint>(count), slots.data(), &result);
     std::cout << "code: " << code << '\n';
     reportResult(result, request, arguments);
     for (const std::string &note : arguments.release()) std::cout << "note: " << note << '\n';
@@ -225,7 +225,8 @@ Output:
                    and Tensor["Integer", {...}], images as a summary.
   saved: FILE ...  with --out: PNG for 8/16-bit images of 1 to 4 interleaved
                    channels (3-D images one file per slice, FILE-1.png, ...),
-                   otherwise raw samples; raw arrays and tensors as elements.
+                   otherwise (or for a FILE ending in .raw) raw samples; raw
+                   arrays and tensors as their elements.
                    Each line tells the argument that reads the file back.
 
 Exit status: 0 when the export returned 0, 1 when it returned another code

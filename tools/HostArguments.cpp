@@ -1,5 +1,6 @@
 #include "HostArguments.h"
 
+#include <algorithm>
 #include <cstring>
 #include <stdexcept>
 
@@ -105,12 +106,10 @@ bool freeIfLive(const RhValue &made) {
 
 }  // namespace
 
-HostArguments::HostArguments(const std::vector<Argument> &arguments, std::size_t count)
-    : strings_(arguments.size()) {
-    values_.reserve(count);
+HostArguments::HostArguments(const std::vector<Argument> &arguments) : strings_(arguments.size()) {
+    values_.reserve(arguments.size());
     try {
-        for (std::size_t i = 0; i < count; ++i)
-            values_.push_back(i < arguments.size() ? make(arguments[i], strings_[i]) : value(RH_NONE));
+        for (std::size_t i = 0; i < arguments.size(); ++i) values_.push_back(make(arguments[i], strings_[i]));
     } catch (...) {
         release();
         throw;
@@ -118,6 +117,12 @@ HostArguments::HostArguments(const std::vector<Argument> &arguments, std::size_t
 }
 
 HostArguments::~HostArguments() { release(); }
+
+std::vector<RhValue> HostArguments::slots(std::size_t count) const {
+    std::vector<RhValue> passed(values_.begin(), values_.begin() + std::min(count, values_.size()));
+    passed.resize(count, value(RH_NONE));
+    return passed;
+}
 
 RhValue HostArguments::make(const Argument &argument, std::string &stringStorage) {
     return std::visit(Overloaded{

@@ -13,14 +13,15 @@ namespace tarvex_cli {
 class HostArguments {
 public:
     // Reads the files that arguments name and makes the images, raw arrays
-    // and tensors. `count` may exceed the arguments given: the extra slots
-    // are empty (zero) values.
-    HostArguments(const std::vector<Argument> &arguments, std::size_t count);
+    // and tensors.
+    explicit HostArguments(const std::vector<Argument> &arguments);
     ~HostArguments();
     HostArguments(const HostArguments &) = delete;
     HostArguments &operator=(const HostArguments &) = delete;
 
-    const std::vector<RhValue> &values() const { return values_; }
+    // The first `count` values, padded with empty (zero) slots when there
+    // are fewer.
+    std::vector<RhValue> slots(std::size_t count) const;
 
     // The 1-based position of the argument whose object this is, or 0.
     std::size_t positionOf(const void *handle) const;

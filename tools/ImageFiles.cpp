@@ -48,16 +48,16 @@ Decoding chooseDecoding(const spng_ihdr &header, bool hasTransparency) {
     switch (header.color_type) {
     case SPNG_COLOR_TYPE_GRAYSCALE:
         if (hasTransparency) return {sixteen ? SPNG_FMT_GA16 : SPNG_FMT_GA8, trns, 2};
-        // SPNG_FMT_PNG keeps 16-bit grey as it is, in host byte order.
-        return {sixteen ? SPNG_FMT_PNG : SPNG_FMT_G8, 0, 1};
-    case SPNG_COLOR_TYPE_GRAYSCALE_ALPHA: return {sixteen ? SPNG_FMT_GA16 : SPNG_FMT_GA8, 0, 2};
+        return {header.bit_depth >= 8 ? SPNG_FMT_PNG : SPNG_FMT_G8, 0, 1};
     case SPNG_COLOR_TYPE_TRUECOLOR:
         if (hasTransparency) return {sixteen ? SPNG_FMT_RGBA16 : SPNG_FMT_RGBA8, trns, 4};
-        return {sixteen ? SPNG_FMT_PNG : SPNG_FMT_RGB8, 0, 3};
+        return {SPNG_FMT_PNG, 0, 3};
     case SPNG_COLOR_TYPE_INDEXED:
         if (hasTransparency) return {SPNG_FMT_RGBA8, trns, 4};
         return {SPNG_FMT_RGB8, 0, 3};
-    default: return {sixteen ? SPNG_FMT_RGBA16 : SPNG_FMT_RGBA8, 0, 4};
+    // SPNG_FMT_PNG keeps the file's own samples, 16-bit ones in host byte order.
+    case SPNG_COLOR_TYPE_GRAYSCALE_ALPHA: return {SPNG_FMT_PNG, 0, 2};
+    default: return {SPNG_FMT_PNG, 0, 4};
     }
 }
 

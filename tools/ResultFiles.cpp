@@ -24,6 +24,9 @@ std::string formatDimensionsAsOption(const std::vector<mint> &dimensions) {
     return text;
 }
 
+// A .raw name asks for raw samples even when PNG could hold the image.
+bool asksForRawSamples(const std::string &path) { return std::filesystem::path(path).extension() == ".raw"; }
+
 }  // namespace
 
 std::string numberedPath(const std::string &path, mint number) {
@@ -36,7 +39,7 @@ std::string numberedPath(const std::string &path, mint number) {
 
 std::vector<std::string> saveImage(MImage image, const std::string &path) {
     const RawImageLayout layout = layoutOf(image);
-    if (!fitsPng(layout)) {
+    if (!fitsPng(layout) || asksForRawSamples(path)) {
         writeRawImage(image, path);
         return {path + " (raw samples; read back with raw-image:" + path + ":" + formatRawImageLayout(layout) + ")"};
     }

@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "Command.h"
-#include "Plugin.h"
+#include "PluginDiscovery.h"
 
 namespace tarvex_cli {
 namespace {

@@ -1,4 +1,4 @@
-#include "Plugin.h"
+#include "PluginDiscovery.h"
 
 #include <unistd.h>
 
