@@ -1,0 +1,192 @@
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+#include "color/Color.h"
+#include "color/ColorBounds.h"
+#include "color/ColorCellCache.h"
+#include "color/Instantiations.h"
+#include "color/IntensityIndex.h"
+#include "color/NearestColor.h"
+#include "color/PairDistanceTable.h"
+#include "color/Palette.h"
+#include "color/Quantizer.h"
+#include "color/SortedSearch.h"
+
+namespace ColorUtilities {
+
+// Maps the pixels of an image slice to palette colours, in serpentine rows.
+// The base class maps each pixel on its own; methods that diffuse the error
+// override the hooks.
+template <typename T, int N>
+class Ditherer {
+public:
+    using ColorType = Color<T, N>;
+    using Error = std::array<double, N + 1>;
+    static constexpr std::uint32_t kForward = 1;
+    static constexpr std::uint32_t kBackward = 0xFFFFFFFF;  // -1 in unsigned arithmetic
+
+    // The two flags are ignored on purpose: a ditherer made for a given
+    // palette searches exhaustively and caches nothing.
+    Ditherer(SharedPalette<T, N> palette, std::uint32_t rows, std::uint32_t cols, bool cacheFlag,
+             bool sortedFlag);
+    Ditherer(const Quant::Quantizer<T, N> &quantizer, std::uint32_t rows, std::uint32_t cols,
+             bool cacheFlag, bool sortedFlag);
+    Ditherer(const Ditherer &) = delete;
+    Ditherer &operator=(const Ditherer &) = delete;
+    virtual ~Ditherer() = default;
+
+    // The slice to map next: rows x cols interleaved pixels.
+    void setPixels(const T *pixels) noexcept { pixels_ = pixels; }
+    ColorBounds<T, N> &bounds() noexcept { return bounds_; }
+    std::uint8_t bits() const noexcept { return bits_; }
+    const Palette<T, N> &palette() const noexcept { return *palette_; }
+
+    // Writes each pixel's palette colour (N+1 samples) or its palette index.
+    template <typename Out>
+    void ditherSlice(Out *out, bool writeColours);
+
+    virtual void resetCache();
+
+protected:
+    virtual void resetState() {}
+    virtual ColorType pixelAt(std::uint32_t row, std::uint32_t col);
+    virtual Error errorOf(const ColorType &wanted, const ColorType &chosen);
+    virtual void diffuseError(const Error &error, std::uint32_t row, std::uint32_t col,
+                              std::uint32_t step);
+
+    const T *inputPixel(std::uint32_t row, std::uint32_t col) const {
+        return pixels_ + (std::size_t{cols_} * row + col) * (N + 1);
+    }
+
+    std::uint8_t bits_;
+    std::uint32_t rows_;
+    std::uint32_t cols_;
+    const T *pixels_ = nullptr;
+    bool serpentine_ = true;
+    bool useCache_ = false;
+    bool useSortedSearch_ = false;
+    SharedPalette<T, N> palette_;
+    std::vector<std::array<double, N + 1>> methodState_;
+    ColorBounds<T, N> bounds_;
+    ColorCellCache<T, N> cache_;
+    IntensityIndex intensityIndex_;
+    PairDistanceTable pairDistances_;
+
+private:
+    void prepareSortedSearch();
+    std::uint32_t search(const ColorType &wanted) const;
+    std::uint32_t chooseIndex(const ColorType &wanted);
+    template <typename Out>
+    void write(Out *out, std::uint32_t row, std::uint32_t col, std::uint32_t index,
+               const ColorType &chosen, bool writeColours) const;
+};
+
+template <typename T, int N>
+Ditherer<T, N>::Ditherer(SharedPalette<T, N> palette, std::uint32_t rows, std::uint32_t cols, bool,
+                         bool)
+    : bits_(N == 3 ? 6 : 8), rows_(rows), cols_(cols), palette_(std::move(palette)), cache_(bits_) {
+    prepareSortedSearch();
+}
+
+template <typename T, int N>
+Ditherer<T, N>::Ditherer(const Quant::Quantizer<T, N> &quantizer, std::uint32_t rows,
+                         std::uint32_t cols, bool cacheFlag, bool sortedFlag)
+    : bits_(quantizer.bits()),
+      rows_(rows),
+      cols_(cols),
+      useCache_(cacheFlag),
+      useSortedSearch_(sortedFlag),
+      palette_(quantizer.palette()),
+      cache_(bits_) {
+    bounds_.max = quantizer.bounds().max;
+    bounds_.min = quantizer.bounds().min;
+    bounds_.setCells(0, bits_);
+    bounds_.updateCellWidths();
+    prepareSortedSearch();
+}
+
+template <typename T, int N>
+void Ditherer<T, N>::prepareSortedSearch() {
+    if (!useSortedSearch_) return;
+    sortByIntensity(*palette_);
+    intensityIndex_.build(*palette_);
+    pairDistances_.build(*palette_);
+}
+
+template <typename T, int N>
+void Ditherer<T, N>::resetCache() {
+    if (useCache_) cache_.forgetAll();
+}
+
+template <typename T, int N>
+typename Ditherer<T, N>::ColorType Ditherer<T, N>::pixelAt(std::uint32_t row, std::uint32_t col) {
+    return ColorType(inputPixel(row, col));
+}
+
+template <typename T, int N>
+typename Ditherer<T, N>::Error Ditherer<T, N>::errorOf(const ColorType &, const ColorType &) {
+    return Error{};
+}
+
+template <typename T, int N>
+void Ditherer<T, N>::diffuseError(const Error &, std::uint32_t, std::uint32_t, std::uint32_t) {}
+
+template <typename T, int N>
+std::uint32_t Ditherer<T, N>::search(const ColorType &wanted) const {
+    return useSortedSearch_ ? sortedNearestIndex(*palette_, intensityIndex_, pairDistances_, wanted)
+                            : nearestColorIndex(*palette_, wanted);
+}
+
+// The cache never answers index 0: a stored 0 reads as "unknown", like the
+// initial fill, and leads to a fresh search.
+template <typename T, int N>
+std::uint32_t Ditherer<T, N>::chooseIndex(const ColorType &wanted) {
+    if (!useCache_) return search(wanted);
+    const std::uint64_t key = cache_.keyOf(wanted, bounds_);
+    const std::uint32_t cached = cache_.lookup(key);
+    const std::uint32_t index = static_cast<std::int32_t>(cached) > 0 ? cached : search(wanted);
+    cache_.store(key, index);
+    return index;
+}
+
+template <typename T, int N>
+template <typename Out>
+void Ditherer<T, N>::write(Out *out, std::uint32_t row, std::uint32_t col, std::uint32_t index,
+                           const ColorType &chosen, bool writeColours) const {
+    const std::size_t position = std::size_t{cols_} * row + col;
+    if (!writeColours) {
+        out[position] = static_cast<Out>(index);
+        return;
+    }
+    Out *pixel = out + position * (N + 1);
+    for (int k = 0; k <= N; ++k) pixel[k] = static_cast<Out>(chosen[k]);
+}
+
+template <typename T, int N>
+template <typename Out>
+void Ditherer<T, N>::ditherSlice(Out *out, bool writeColours) {
+    resetCache();
+    resetState();
+    for (std::uint32_t row = 0; row < rows_; ++row) {
+        const bool backward = serpentine_ && row % 2 == 1;
+        const std::uint32_t step = backward ? kBackward : kForward;
+        std::uint32_t col = backward ? cols_ - 1 : 0;
+        for (std::uint32_t visited = 0; visited < cols_; ++visited, col += step) {
+            const ColorType wanted = pixelAt(row, col);
+            const std::uint32_t index = chooseIndex(wanted);
+            const ColorType &chosen = palette_->at(index);
+            write(out, row, col, index, chosen, writeColours);
+            diffuseError(errorOf(wanted, chosen), row, col, step);
+        }
+    }
+}
+
+#define TARVEX_DECLARE_DITHERER(T, N) extern template class Ditherer<T, N>;
+TARVEX_FOR_EACH_INSTANTIATION(TARVEX_DECLARE_DITHERER)
+#undef TARVEX_DECLARE_DITHERER
+
+}  // namespace ColorUtilities

@@ -1,0 +1,117 @@
+#pragma once
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+#include <type_traits>
+
+#include "color/SampleTraits.h"
+#include "dither/Ditherer.h"
+#include "dither/ErrorBuffer.h"
+
+namespace ColorUtilities {
+
+namespace detail {
+
+// Large accumulated errors are damped before use, so that a run of pixels
+// far from every palette colour does not build up streaks.
+inline double dampedError(double error, double range) {
+    const double ratio = std::abs(error) / range;
+    if (ratio < 0.25) return error;
+    if (ratio < 0.5) return error * 0.5;
+    if (ratio < 0.75) return error * 0.25;
+    return error * 0.125;
+}
+
+// The sample plus its error, clamped to the box: rounded for the integer
+// types, converted to float before clamping for float.
+template <typename T>
+T correctedSample(T sample, double error, T low, T high) {
+    const double wanted = static_cast<double>(sample) + error;
+    if constexpr (std::is_integral_v<T>) {
+        const double clamped =
+            std::max(static_cast<double>(low), std::min(static_cast<double>(high), wanted));
+        return static_cast<T>(std::lround(clamped));
+    } else {
+        return std::max(low, std::min(high, static_cast<T>(wanted)));
+    }
+}
+
+}  // namespace detail
+
+// Error diffusion with the weights 7/16, 3/16, 5/16 and 1/16. The lower row's
+// three weights sit one column further in the scan direction than in the
+// textbook kernel (3/16 straight below, 5/16 one ahead, 1/16 two ahead);
+// outputs depend on that placement bit for bit.
+template <typename T, int N>
+class FloydSteinberg : public Ditherer<T, N> {
+    using Base = Ditherer<T, N>;
+
+public:
+    using Base::Base;
+    using typename Base::ColorType;
+    using typename Base::Error;
+
+protected:
+    void resetState() override { buffer().reset(this->rows_); }
+    ColorType pixelAt(std::uint32_t row, std::uint32_t col) override;
+    Error errorOf(const ColorType &wanted, const ColorType &chosen) override;
+    void diffuseError(const Error &error, std::uint32_t row, std::uint32_t col,
+                      std::uint32_t step) override;
+
+private:
+    ErrorBuffer<N> buffer() { return ErrorBuffer<N>(this->methodState_, this->cols_); }
+    void dampInPlace(typename ErrorBuffer<N>::Cell &error) const;
+};
+
+template <typename T, int N>
+void FloydSteinberg<T, N>::dampInPlace(typename ErrorBuffer<N>::Cell &error) const {
+    using Difference = typename SampleTraits<T>::Difference;
+    for (int k = 0; k <= N; ++k) {
+        const Difference range = static_cast<Difference>(this->bounds_.max[k]) -
+                                 static_cast<Difference>(this->bounds_.min[k]);
+        if (range == 0) continue;
+        error[k] = detail::dampedError(error[k], static_cast<double>(range));
+    }
+}
+
+template <typename T, int N>
+typename FloydSteinberg<T, N>::ColorType FloydSteinberg<T, N>::pixelAt(std::uint32_t row,
+                                                                       std::uint32_t col) {
+    auto &error = buffer().at(row, col);
+    dampInPlace(error);
+    ColorType corrected(this->inputPixel(row, col));
+    for (int k = 0; k <= N; ++k)
+        corrected[k] = detail::correctedSample(corrected[k], error[k], this->bounds_.min[k],
+                                               this->bounds_.max[k]);
+    return corrected;
+}
+
+template <typename T, int N>
+typename FloydSteinberg<T, N>::Error FloydSteinberg<T, N>::errorOf(const ColorType &wanted,
+                                                                   const ColorType &chosen) {
+    Error error;
+    for (int k = 0; k <= N; ++k)
+        error[k] = static_cast<double>(wanted[k]) - static_cast<double>(chosen[k]);
+    return error;
+}
+
+template <typename T, int N>
+void FloydSteinberg<T, N>::diffuseError(const Error &error, std::uint32_t row, std::uint32_t col,
+                                        std::uint32_t step) {
+    ErrorBuffer<N> cells = buffer();
+    const auto spread = [&](std::uint32_t r, std::uint32_t c, double weight) {
+        auto &cell = cells.at(r, c);
+        for (int k = 0; k <= N; ++k) cell[k] += error[k] * weight;
+    };
+    spread(row, col + step, 0.4375);
+    spread(row + 1, col, 0.1875);
+    spread(row + 1, col + step, 0.3125);
+    spread(row + 1, col + step + step, 0.0625);
+}
+
+#define TARVEX_DECLARE_FLOYD_STEINBERG(T, N) extern template class FloydSteinberg<T, N>;
+TARVEX_FOR_EACH_INSTANTIATION(TARVEX_DECLARE_FLOYD_STEINBERG)
+#undef TARVEX_DECLARE_FLOYD_STEINBERG
+
+}  // namespace ColorUtilities

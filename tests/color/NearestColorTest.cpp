@@ -1,0 +1,176 @@
+// The nearest-colour searches on small palettes: tie rules, the sorted search
+// where it must agree with the exhaustive one, and where it may not.
+#include <cstdint>
+#include <stdexcept>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "color/IntensityIndex.h"
+#include "color/NearestColor.h"
+#include "color/PairDistanceTable.h"
+#include "color/SortedSearch.h"
+
+namespace {
+
+using namespace ColorUtilities;
+
+template <typename T, int N>
+Palette<T, N> paletteOf(const std::vector<std::array<T, N + 1>> &colors) {
+    Palette<T, N> palette(colors.size());
+    for (const auto &c : colors) palette.colors.emplace_back(c.data());
+    return palette;
+}
+
+template <typename T, int N>
+Color<T, N> colorOf(std::array<T, N + 1> samples) {
+    return Color<T, N>(samples.data());
+}
+
+using Rgb = std::array<unsigned char, 3>;
+
+TEST(NearestColor, EqualDistancesGoToTheNearerFirstDifferingChannelThenTheLowerIndex) {
+    // (0,0,0) is 100 from both; the second is nearer in channel 0.
+    EXPECT_EQ(nearestColorIndex(paletteOf<unsigned char, 2>({Rgb{10, 0, 0}, Rgb{0, 10, 0}}),
+                                colorOf<unsigned char, 2>({0, 0, 0})),
+              1u);
+    // Halfway on channel 0 with equal channel differences: the lower index,
+    // whichever order the two are in.
+    EXPECT_EQ(nearestColorIndex(paletteOf<unsigned char, 2>({Rgb{0, 5, 5}, Rgb{10, 5, 5}}),
+                                colorOf<unsigned char, 2>({5, 5, 5})),
+              0u);
+    EXPECT_EQ(nearestColorIndex(paletteOf<unsigned char, 2>({Rgb{10, 5, 5}, Rgb{0, 5, 5}}),
+                                colorOf<unsigned char, 2>({5, 5, 5})),
+              0u);
+    // Real samples compare their differences in their own precision.
+    EXPECT_EQ(nearestColorIndex(paletteOf<float, 1>({{0.5f, 0.0f}, {0.0f, 0.5f}}),
+                                colorOf<float, 1>({0.0f, 0.0f})),
+              1u);
+}
+
+TEST(NearestColor, DuplicatesAndSingleColours) {
+    const auto duplicated = paletteOf<unsigned char, 2>({Rgb{1, 1, 1}, Rgb{9, 9, 9}, Rgb{1, 1, 1}});
+    EXPECT_EQ(nearestColorIndex(duplicated, colorOf<unsigned char, 2>({1, 1, 1})), 0u);
+    EXPECT_EQ(nearestColorIndex(duplicated, colorOf<unsigned char, 2>({2, 3, 1})), 0u);
+
+    const auto single = paletteOf<unsigned short, 0>({{40000}});
+    for (unsigned short v : {0, 40000, 65535})
+        EXPECT_EQ(nearestColorIndex(single, colorOf<unsigned short, 0>({v})), 0u);
+    IntensityIndex index;
+    index.build(single);
+    for (std::uint32_t entry : index.entries()) EXPECT_EQ(entry, 0u);
+}
+
+// Sorted-search state for a palette, the way a ditherer prepares it.
+template <typename T, int N>
+struct SortedPalette {
+    explicit SortedPalette(Palette<T, N> p) : palette(std::move(p)) {
+        sortByIntensity(palette);
+        index.build(palette);
+        pairs.build(palette);
+    }
+    std::uint32_t sorted(const Color<T, N> &target) const {
+        return sortedNearestIndex(palette, index, pairs, target);
+    }
+    std::uint32_t exhaustive(const Color<T, N> &target) const {
+        return nearestColorIndex(palette, target);
+    }
+    Palette<T, N> palette;
+    IntensityIndex index;
+    PairDistanceTable pairs;
+};
+
+TEST(SortedSearch, SortsByMeanIntensityOnceAndIndexesTheNearestMean) {
+    SortedPalette<unsigned char, 2> s(
+        paletteOf<unsigned char, 2>({Rgb{200, 200, 200}, Rgb{0, 30, 0}, Rgb{90, 90, 120}}));
+    EXPECT_TRUE(s.palette.sorted);
+    EXPECT_EQ(s.palette.colors[0][1], 30);
+    EXPECT_EQ(s.palette.colors[2][0], 200);
+    // Means 10, 100 and 200: the boundaries lie at 55 and 150.
+    EXPECT_EQ(s.index.entries()[54], 0u);
+    EXPECT_EQ(s.index.entries()[55], 1u);
+    EXPECT_EQ(s.index.entries()[149], 1u);
+    EXPECT_EQ(s.index.entries()[150], 2u);
+    EXPECT_EQ(s.index.entries()[255], 2u);
+    EXPECT_EQ(s.pairs(0, 2), s.pairs(2, 0));
+    EXPECT_EQ(s.pairs(1, 1), 0.0);
+}
+
+// One channel: the start is the nearest colour and nothing nearer exists, so
+// both searches agree except at exact midpoints.
+TEST(SortedSearch, AgreesWithTheExhaustiveSearchOnOneChannel) {
+    std::uint64_t state = 12345;
+    const auto next = [&] {
+        return state = state * 6364136223846793005ULL + 1442695040888963407ULL;
+    };
+    for (int trial = 0; trial < 200; ++trial) {
+        std::vector<std::array<unsigned char, 1>> colors;
+        std::vector<bool> used(256, false);
+        const int size = 1 + static_cast<int>(next() >> 60);
+        while (static_cast<int>(colors.size()) < size) {
+            const auto v = static_cast<unsigned char>(next() >> 56);
+            if (!used[v]) colors.push_back({v}), used[v] = true;
+        }
+        SortedPalette<unsigned char, 0> s(paletteOf<unsigned char, 0>(colors));
+        for (int v = 0; v < 256; ++v) {
+            const auto target = colorOf<unsigned char, 0>({static_cast<unsigned char>(v)});
+            const std::uint32_t exhaustive = s.exhaustive(target);
+            const std::uint32_t sorted = s.sorted(target);
+            if (sorted == exhaustive) continue;
+            // Only an exact tie may differ, and then in index alone.
+            EXPECT_EQ(colorDistance(target, s.palette.colors[sorted]),
+                      colorDistance(target, s.palette.colors[exhaustive]))
+                << "value " << v;
+        }
+    }
+}
+
+// Grey palettes and grey targets reduce three channels to one.
+TEST(SortedSearch, AgreesWithTheExhaustiveSearchOnGreys) {
+    const auto greys =
+        paletteOf<unsigned char, 2>({Rgb{250, 250, 250}, Rgb{3, 3, 3}, Rgb{77, 77, 77},
+                                     Rgb{128, 128, 128}, Rgb{190, 190, 190}});
+    SortedPalette<unsigned char, 2> s(greys);
+    for (int v = 0; v < 256; ++v) {
+        const auto g = static_cast<unsigned char>(v);
+        const auto target = colorOf<unsigned char, 2>({g, g, g});
+        if (v == 40 || v == 159 || v == 220) continue;  // midpoints
+        EXPECT_EQ(s.sorted(target), s.exhaustive(target)) << v;
+    }
+}
+
+// 16-bit differences beyond the 8-bit table of squares are squared exactly:
+// from (250, 0) the second colour is nearer only through its difference 260.
+TEST(SortedSearch, SquaresDifferencesBeyondTheTable) {
+    SortedPalette<unsigned short, 1> wide(paletteOf<unsigned short, 1>({{0, 250}, {250, 260}}));
+    const auto target = colorOf<unsigned short, 1>({250, 0});
+    EXPECT_EQ(wide.sorted(target), 1u);
+    EXPECT_EQ(wide.exhaustive(target), 1u);
+}
+
+// The intensity bound uses the factor 3 whatever the channel count, so with
+// four channels it can stop a cursor short of a nearer colour.
+TEST(SortedSearch, FourChannelsMayStopShortOfTheNearestColour) {
+    using Cmyk = std::array<unsigned char, 4>;
+    // From (100,100,100,100): the first is 441 away and has the nearer mean,
+    // the second is 400 away but its channel sum differs by 40 (1600 > 3 * 441).
+    SortedPalette<unsigned char, 3> s(
+        paletteOf<unsigned char, 3>({Cmyk{100, 100, 100, 121}, Cmyk{110, 110, 110, 110}}));
+    const auto target = colorOf<unsigned char, 3>({100, 100, 100, 100});
+    EXPECT_EQ(s.exhaustive(target), 1u);
+    EXPECT_EQ(s.sorted(target), 0u);
+}
+
+// The start table covers mean intensities 0..255 only.
+TEST(SortedSearch, RealMeansOutsideTheTableAreOutOfRange) {
+    SortedPalette<double, 2> s(paletteOf<double, 2>({{0.0, 0.0, 0.0}, {300.0, 300.0, 300.0}}));
+    EXPECT_EQ(s.sorted(colorOf<double, 2>({255.4, 255.0, 255.0})), 1u);
+    EXPECT_THROW(s.sorted(colorOf<double, 2>({256.0, 256.0, 255.0})), std::out_of_range);
+    EXPECT_THROW(s.sorted(colorOf<double, 2>({-1.0, -1.0, -1.0})), std::out_of_range);
+    // Real differences are truncated: on a 0..1 scale every distance is 0.
+    SortedPalette<float, 0> unit(paletteOf<float, 0>({{0.1f}, {0.5f}}));
+    EXPECT_EQ(unit.sorted(colorOf<float, 0>({0.45f})), 0u);
+    EXPECT_EQ(unit.exhaustive(colorOf<float, 0>({0.45f})), 1u);
+}
+
+}  // namespace

@@ -1,0 +1,82 @@
+// DitherImage output, fixed to the bit: checksums of every instantiation's
+// result on fixed pseudo-random images, both methods, 2-D and 3-D. Any change
+// in the mapping that alters one sample fails here.
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <map>
+#include <string>
+
+#include <gtest/gtest.h>
+
+#include "DitherCall.h"
+#include "TestImages.h"
+
+namespace {
+
+using namespace dither_test;
+
+template <typename T>
+const char *typeName() {
+    if constexpr (std::is_same_v<T, signed char>)
+        return "bit";
+    else if constexpr (std::is_same_v<T, unsigned char>)
+        return "byte";
+    else if constexpr (std::is_same_v<T, unsigned short>)
+        return "bit16";
+    else if constexpr (std::is_same_v<T, float>)
+        return "real32";
+    else
+        return "real64";
+}
+
+// Seeded per case so that each case's input stays the same whatever others do.
+template <typename T, int N>
+std::uint64_t checksumOf(const char *method, bool threeD) {
+    const std::string name = typeName<T>();
+    Random random(fnv1a(name.data(), name.size()) ^ (N * 7919) ^ (threeD ? 1 : 0));
+    const ImageShape shape{threeD ? 3 : 0, 29, 17, N + 1};
+    const int paletteSize = std::is_same_v<T, signed char> ? 3 : 12;
+    OwnedImage image(newImage<T>(shape, randomImageSamples<T>(random, shape)));
+    OwnedRawArray map(
+        newRawArray<T>({paletteSize, N + 1}, randomPaletteSamples<T>(random, paletteSize, N + 1)));
+    MImage answer = nullptr;
+    EXPECT_EQ(callDitherImage({image.handle, map.handle, method}, &answer), 0);
+    OwnedImage result(answer);
+    if (answer == nullptr) return 0;
+    const std::vector<T> samples = samplesOf<T>(answer);
+    return fnv1a(samples.data(), samples.size() * sizeof(T));
+}
+
+using Key = std::string;
+
+Key keyOf(const char *type, int channels, const char *method, bool threeD) {
+    return std::string(type) + "/" + std::to_string(channels) + "/" + method +
+           (threeD ? "/3D" : "/2D");
+}
+
+const std::map<Key, std::uint64_t> kGolden = {
+#include "DitherGolden.inc"
+};
+
+TEST(DitherImageGolden, EveryInstantiationBothMethodsTwoAndThreeDimensions) {
+    tarvex_test::HostBooksGuard guard;
+    const bool print = std::getenv("TARVEX_PRINT_GOLDEN") != nullptr;
+    forEachInstantiation([&]<typename T, int N>() {
+        for (const char *method : {"None", "FloydSteinberg"})
+            for (const bool threeD : {false, true}) {
+                const Key key = keyOf(typeName<T>(), N + 1, method, threeD);
+                const std::uint64_t sum = checksumOf<T, N>(method, threeD);
+                if (print)
+                    std::printf("    {\"%s\", 0x%016llxULL},\n", key.c_str(),
+                                static_cast<unsigned long long>(sum));
+                const auto golden = kGolden.find(key);
+                if (golden == kGolden.end())
+                    ADD_FAILURE() << "no checksum for " << key;
+                else
+                    EXPECT_EQ(sum, golden->second) << key;
+            }
+    });
+}
+
+}  // namespace
