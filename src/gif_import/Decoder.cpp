@@ -12,6 +12,16 @@
 namespace GifImport {
 namespace {
 
+// A few bytes of file can declare a 65535 x 65535 screen. Its composited
+// pictures (the canvas and one copy per frame) would not fit in memory, so
+// such a file reads as undecodable instead of taking the process down.
+constexpr std::uint64_t kMaxCompositedBytes = std::uint64_t{4} << 30;
+
+bool compositingFits(std::uint32_t canvasPixelCount, int imageCount) {
+    const std::uint64_t pictures = static_cast<std::uint64_t>(imageCount) + 1;
+    return std::uint64_t{canvasPixelCount} * sizeof(PackedColor) * pictures <= kMaxCompositedBytes;
+}
+
 int readFromStream(GifFileType *gif, GifByteType *buffer, int length) {
     auto *file = static_cast<std::FILE *>(gif->UserData);
     return static_cast<int>(std::fread(buffer, 1, static_cast<std::size_t>(length), file));
@@ -68,6 +78,8 @@ void Decoder::decodeInto(GifFileType *gif) {
 
     scanExtensions(gif->ExtensionBlocks, gif->ExtensionBlockCount, loopCount, fileComments);
     canvasPixelCount = canvasWidth * canvasHeight;
+    if (!compositingFits(canvasPixelCount, gif->ImageCount))
+        throw std::runtime_error("Loading data failed");
 
     if (gif->SColorMap != nullptr) {
         globalPalette = paletteFromColorMap(*gif->SColorMap);

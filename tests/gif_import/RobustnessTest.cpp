@@ -70,6 +70,12 @@ TEST_F(Robustness, FilesWithoutUsableFramesReportNoFrames) {
     EXPECT_EQ(frame.rows(), std::vector<std::string>{"GR"});
 }
 
+TEST_F(Robustness, AScreenTooLargeToCompositeIsRefusedNotAllocated) {
+    const std::string path =
+        RawGif(65535, 65535, {kRed, kGreen}).image(0, 0, 2, 1, {1, 0}).trailer().write("huge.gif");
+    EXPECT_EQ(allCodes(path), kAllUndecodable);
+}
+
 TEST_F(Robustness, HostCreationFailuresAreReturnedWithNothingLeftAlive) {
     const std::string path = twoByTwo().trailer().write("faults.gif");
     rh_fail_next_image_creation(5);
