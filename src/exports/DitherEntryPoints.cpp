@@ -1,11 +1,16 @@
 #include "dither/DitherImage.h"
 #include "host/CallFrame.h"
 
+namespace {
+// DitherImage(image, colorMap, method, cacheFlag, sortedFlag)
+constexpr unsigned kStringArguments[] = {2};
+}  // namespace
+
 extern "C" {
 
 QUORBEL_EXPORT int DitherImage(QuorbelLibraryData, mint argc, MArgument *args, MArgument result) {
-    return OstrelUtils::runInCallFrame<OstrelUtils::DitherCatchTable>(argc, args, result,
-                                                                     ColorUtilities::ditherImage);
+    return OstrelUtils::runInCallFrame<OstrelUtils::DitherCatchTable>(
+        argc, args, result, kStringArguments, ColorUtilities::ditherImage);
 }
 
 }  // extern "C"

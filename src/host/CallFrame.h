@@ -1,6 +1,7 @@
 #pragma once
 
 #include <exception>
+#include <span>
 #include <stdexcept>
 
 #include "host/MArgumentManager.h"
@@ -28,11 +29,13 @@ struct DitherCatchTable {
 // Runs a worker in the frame of an argument-vector export: the argument
 // manager is built first (which fails before initialisation), the worker
 // writes the result last, and any exception becomes the table's code with the
-// result slot left unwritten.
+// result slot left unwritten. `stringArguments` lists the positions of the
+// export's string arguments, so that none is kept when the worker fails.
 template <typename CatchTable, typename Worker>
-int runInCallFrame(mint argc, MArgument *args, MArgument result, Worker &&worker) noexcept {
+int runInCallFrame(mint argc, MArgument *args, MArgument result,
+                   std::span<const unsigned> stringArguments, Worker &&worker) noexcept {
     try {
-        MArgumentManager arguments(argc, args, result);
+        MArgumentManager arguments(argc, args, result, stringArguments);
         worker(arguments);
         return 0;
     } catch (...) {

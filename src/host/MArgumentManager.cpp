@@ -4,13 +4,20 @@
 
 namespace OstrelUtils {
 
-MArgumentManager::MArgumentManager(mint argc, MArgument *args, MArgument result)
-    : argc_(argc), args_(args), result_(result) {
+MArgumentManager::MArgumentManager(mint argc, MArgument *args, MArgument result,
+                                   std::span<const unsigned> stringArguments)
+    : argc_(argc), args_(args), result_(result), stringArguments_(stringArguments) {
     if (libraryData() == nullptr) throw OstrelError(ArgumentInitError);
     strings_.resize(argc > 0 ? static_cast<std::size_t>(argc) : 0);
 }
 
-MArgumentManager::~MArgumentManager() = default;
+MArgumentManager::~MArgumentManager() {
+    for (unsigned index : stringArguments_) {
+        if (static_cast<mint>(index) >= argc_ || strings_[index]) continue;
+        if (char *unread = MArgument_getUTF8String(args_[index]); unread != nullptr)
+            libraryData()->releaseUTF8String(unread);
+    }
+}
 
 const MArgument &MArgumentManager::argument(unsigned index) const {
     if (static_cast<mint>(index) >= argc_)

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <memory>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -14,10 +15,14 @@ namespace OstrelUtils {
 // one place that writes its result.
 class MArgumentManager {
 public:
-    MArgumentManager(mint argc, MArgument *args, MArgument result);
+    // `stringArguments` are the positions the export declares as strings.
+    MArgumentManager(mint argc, MArgument *args, MArgument result,
+                     std::span<const unsigned> stringArguments = {});
     MArgumentManager(const MArgumentManager &) = delete;
     MArgumentManager &operator=(const MArgumentManager &) = delete;
-    // Frees the string copies.
+    // Frees the string copies, and gives back to the kernel every declared
+    // string that the worker never asked for (it failed before it got there):
+    // the kernel's copy belongs to the call either way.
     virtual ~MArgumentManager();
 
     mint argumentCount() const noexcept { return argc_; }
@@ -59,6 +64,7 @@ private:
     MArgument *args_;
     MArgument result_;
     std::vector<std::unique_ptr<std::string>> strings_;
+    std::span<const unsigned> stringArguments_;
 };
 
 }  // namespace OstrelUtils

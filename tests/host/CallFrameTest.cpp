@@ -25,6 +25,7 @@ const std::set<std::string> kEntryPoints = {
 
 RhValue integer(mint v) { return RhValue{RH_INTEGER, {.integer = v}, 0}; }
 RhValue image(MImage v) { return RhValue{RH_IMAGE, {.image = v}, 0}; }
+RhValue text(const char *v) { return RhValue{RH_STRING, {.string = v}, 0}; }
 
 MImage byteImage(mint channels) {
     MImage result = nullptr;
@@ -89,6 +90,21 @@ TEST(EntryPoints, ArgumentFailuresBecomeEachExportsCode) {
     MImage five = byteImage(5);
     EXPECT_EQ(callWith(plugin(), "UniqueColors", {image(five), integer(1)}, RH_INTEGER), -14);
     EXPECT_EQ(callWith(plugin(), "DitherImage", {image(five)}), -14);
+    freeImage(five);
+}
+
+// The kernel's copy of a string belongs to the call, also when the worker
+// fails before it reads the string.
+TEST(EntryPoints, StringsAreGivenBackWhenTheWorkerFailsBeforeReadingThem) {
+    HostBooksGuard guard;
+    MImage five = byteImage(5);
+    EXPECT_EQ(callWith(plugin(), "ImageQuantize", {image(five), integer(4), text("None")},
+                       RH_RAW_ARRAY),
+              -14);
+    EXPECT_EQ(callWith(plugin(), "DitherImage", {image(five), integer(0), text("None")}), -14);
+    std::vector<RhValue> write(10, integer(0));
+    write[1] = text("out.gif"), write[2] = text(""), write[4] = text("None");
+    EXPECT_EQ(callWith(plugin(), "WriteFrames", write, RH_STRING), -10);
     freeImage(five);
 }
 
