@@ -1,0 +1,127 @@
+#include <cstdio>
+#include <optional>
+#include <stdexcept>
+#include <string>
+
+#include "Command.h"
+#include "DitherPalette.h"
+#include "HostTable.h"
+#include "ImageFiles.h"
+#include "RawSampleFile.h"
+
+namespace tarvex_cli {
+namespace {
+
+const char kDitherHelp[] = R"(usage: tarvex dither IN -o OUT --palette P [--method none|floyd-steinberg]
+       tarvex dither IN --layout LAYOUT -o OUT --palette P [--method ...]
+
+Maps every pixel of an image to a colour of a palette (DitherImage):
+"none" takes each pixel's nearest colour, "floyd-steinberg" (the default)
+also spreads each pixel's error to its neighbours.
+
+IN and OUT are PNG files. With --layout, IN is a raw sample file of that
+layout (type=real32,width=W,height=H,channels=C[,slices=S]) and OUT is
+written as one; its layout is printed.
+
+P is one of:
+  a list of colours    "#ff0000,#00ff00,#0000ff" or "255,0,0;0,255,0"
+  a text file          one colour a line, in either form
+  a PNG file           whose distinct colours form the palette
+Hex colours (two digits a channel) are rescaled to the image's samples;
+plain numbers are samples as they stand (0..65535 for 16-bit images, any
+real for real images). Every colour needs as many channels as the image.
+)";
+
+struct DitherOptions {
+    std::string input;
+    std::string output;
+    std::string palette;
+    std::string method = "FloydSteinberg";
+    std::optional<RawImageLayout> layout;
+};
+
+std::string methodName(const std::string &option) {
+    if (option == "none") return "None";
+    if (option == "floyd-steinberg") return "FloydSteinberg";
+    throw usageError("dither: --method is none or floyd-steinberg, not '" + option + "'");
+}
+
+DitherOptions parseOptions(const std::vector<std::string> &args) {
+    DitherOptions options;
+    for (std::size_t i = 0; i < args.size(); ++i) {
+        const std::string &word = args[i];
+        const auto value = [&]() -> const std::string & {
+            if (i + 1 >= args.size()) throw usageError("dither: " + word + " needs a value");
+            return args[++i];
+        };
+        if (word == "-o" || word == "--output") options.output = value();
+        else if (word == "--palette") options.palette = value();
+        else if (word == "--method") options.method = methodName(value());
+        else if (word == "--layout") {
+            try {
+                options.layout = parseRawImageLayout(value());
+            } catch (const std::invalid_argument &error) {
+                throw usageError("dither: --layout: " + std::string(error.what()));
+            }
+        } else if (word.starts_with("-") && word != "-") throw usageError("dither: unknown option " + word);
+        else if (options.input.empty()) options.input = word;
+        else throw usageError("dither: one input image only");
+    }
+    if (options.input.empty()) throw usageError("dither: give an input image");
+    if (options.output.empty()) throw usageError("dither: give an output file with -o");
+    if (options.palette.empty()) throw usageError("dither: give a palette with --palette");
+    return options;
+}
+
+// Frees a host image at the end of a scope.
+struct HostImage {
+    MImage handle;
+    ~HostImage() {
+        if (handle != nullptr) hostTable()->imageFunctions->free(handle);
+    }
+};
+
+MImage dither(MImage image, MRawArray colorMap, const std::string &method) {
+    const RhValue args[5] = {{RH_IMAGE, {.image = image}, 0},
+                             {RH_RAW_ARRAY, {.rawArray = colorMap}, 0},
+                             {RH_STRING, {.string = method.c_str()}, 0},
+                             {RH_BOOLEAN, {.boolean = 0}, 0},
+                             {RH_BOOLEAN, {.boolean = 0}, 0}};
+    RhValue result{RH_IMAGE, {}, 0};
+    const int code = rh_call(plugin(), "DitherImage", 5, args, &result);
+    if (code != 0) throw CliError("DitherImage failed with code " + std::to_string(code));
+    return result.value.image;
+}
+
+int runDither(const std::vector<std::string> &args) {
+    const DitherOptions options = parseOptions(args);
+    const auto colors = readDitherPalette(options.palette);
+    const HostImage input{options.layout ? readRawImage(options.input, *options.layout) : readPng(options.input)};
+    const QuorbelImageFunctions images = hostTable()->imageFunctions;
+    if (images->alphaChannelQ(input.handle))
+        throw CliError(options.input + " has an alpha channel; only opaque images can be dithered");
+    const MRawArray colorMap =
+        makeColorMap(colors, images->getDataType(input.handle), images->getChannels(input.handle));
+    MImage dithered = nullptr;
+    try {
+        dithered = dither(input.handle, colorMap, options.method);
+    } catch (...) {
+        hostTable()->rawArrayFunctions->free(colorMap);
+        throw;
+    }
+    hostTable()->rawArrayFunctions->free(colorMap);
+    const HostImage result{dithered};
+    if (options.layout) {
+        writeRawImage(result.handle, options.output);
+        std::printf("%s\n", formatRawImageLayout(layoutOf(result.handle)).c_str());
+    } else {
+        writePng(result.handle, 0, options.output);
+    }
+    return 0;
+}
+
+const RegisterCommand registered{
+    {"dither", "map an image to a palette, with or without error diffusion", kDitherHelp, &runDither}};
+
+}  // namespace
+}  // namespace tarvex_cli
