@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <cstring>
 #include <cstdio>
 #include <exception>
 #include <iostream>
@@ -23,9 +24,11 @@ void printUsage() {
     std::vector<Command> sorted = commands();
     std::sort(sorted.begin(), sorted.end(),
               [](const Command &a, const Command &b) { return std::string(a.name) < b.name; });
+    std::size_t width = 0;
+    for (const Command &command : sorted) width = std::max(width, std::strlen(command.name));
     for (const Command &command : sorted) {
-        std::string name = command.name;
-        std::cout << "  " << name << std::string(name.size() < 10 ? 10 - name.size() : 1, ' ') << command.summary
+        const std::string name = command.name;
+        std::cout << "  " << name << std::string(width + 2 - name.size(), ' ') << command.summary
                   << '\n';
     }
     std::cout << "\n"
