@@ -46,6 +46,14 @@ std::string methodName(const std::string &option) {
     throw usageError("dither: --method is none or floyd-steinberg, not '" + option + "'");
 }
 
+RawImageLayout layoutOption(const std::string &text) {
+    try {
+        return parseRawImageLayout(text);
+    } catch (const std::invalid_argument &error) {
+        throw usageError("dither: --layout: " + std::string(error.what()));
+    }
+}
+
 DitherOptions parseOptions(const std::vector<std::string> &args) {
     DitherOptions options;
     for (std::size_t i = 0; i < args.size(); ++i) {
@@ -54,18 +62,21 @@ DitherOptions parseOptions(const std::vector<std::string> &args) {
             if (i + 1 >= args.size()) throw usageError("dither: " + word + " needs a value");
             return args[++i];
         };
-        if (word == "-o" || word == "--output") options.output = value();
-        else if (word == "--palette") options.palette = value();
-        else if (word == "--method") options.method = methodName(value());
-        else if (word == "--layout") {
-            try {
-                options.layout = parseRawImageLayout(value());
-            } catch (const std::invalid_argument &error) {
-                throw usageError("dither: --layout: " + std::string(error.what()));
-            }
-        } else if (word.starts_with("-") && word != "-") throw usageError("dither: unknown option " + word);
-        else if (options.input.empty()) options.input = word;
-        else throw usageError("dither: one input image only");
+        if (word == "-o" || word == "--output") {
+            options.output = value();
+        } else if (word == "--palette") {
+            options.palette = value();
+        } else if (word == "--method") {
+            options.method = methodName(value());
+        } else if (word == "--layout") {
+            options.layout = layoutOption(value());
+        } else if (word.starts_with("-") && word != "-") {
+            throw usageError("dither: unknown option " + word);
+        } else if (options.input.empty()) {
+            options.input = word;
+        } else {
+            throw usageError("dither: one input image only");
+        }
     }
     if (options.input.empty()) throw usageError("dither: give an input image");
     if (options.output.empty()) throw usageError("dither: give an output file with -o");

@@ -116,10 +116,14 @@ double sampleValue(const DitherColor &color, double value, MImage_Data_Type type
     if (color.fullScale == 0) return value;
     const double unit = value / color.fullScale;
     switch (type) {
-        case MImage_Type_Bit: return unit >= 0.5 ? 1 : 0;
-        case MImage_Type_Bit8: return std::round(unit * 255);
-        case MImage_Type_Bit16: return std::round(unit * 65535);
-        default: return unit;
+        case MImage_Type_Bit:
+            return unit >= 0.5 ? 1 : 0;
+        case MImage_Type_Bit8:
+            return std::round(unit * 255);
+        case MImage_Type_Bit16:
+            return std::round(unit * 65535);
+        default:
+            return unit;
     }
 }
 
@@ -132,21 +136,33 @@ void storeSample(void *data, std::size_t i, double value, double low, double hig
 
 void store(void *data, std::size_t i, double value, MImage_Data_Type type) {
     switch (type) {
-        case MImage_Type_Bit: return storeSample<signed char>(data, i, value, 0, 1);
-        case MImage_Type_Bit8: return storeSample<std::uint8_t>(data, i, value, 0, 255);
-        case MImage_Type_Bit16: return storeSample<std::uint16_t>(data, i, value, 0, 65535);
-        case MImage_Type_Real32: static_cast<float *>(data)[i] = static_cast<float>(value); return;
-        default: static_cast<double *>(data)[i] = value; return;
+        case MImage_Type_Bit:
+            return storeSample<signed char>(data, i, value, 0, 1);
+        case MImage_Type_Bit8:
+            return storeSample<std::uint8_t>(data, i, value, 0, 255);
+        case MImage_Type_Bit16:
+            return storeSample<std::uint16_t>(data, i, value, 0, 65535);
+        case MImage_Type_Real32:
+            static_cast<float *>(data)[i] = static_cast<float>(value);
+            return;
+        default:
+            static_cast<double *>(data)[i] = value;
+            return;
     }
 }
 
 MRawArray_Data_Type rawArrayTypeOf(MImage_Data_Type type) {
     switch (type) {
-        case MImage_Type_Bit: return MRawArray_Type_Bit8;
-        case MImage_Type_Bit8: return MRawArray_Type_UBit8;
-        case MImage_Type_Bit16: return MRawArray_Type_UBit16;
-        case MImage_Type_Real32: return MRawArray_Type_Real32;
-        default: return MRawArray_Type_Real64;
+        case MImage_Type_Bit:
+            return MRawArray_Type_Bit8;
+        case MImage_Type_Bit8:
+            return MRawArray_Type_UBit8;
+        case MImage_Type_Bit16:
+            return MRawArray_Type_UBit16;
+        case MImage_Type_Real32:
+            return MRawArray_Type_Real32;
+        default:
+            return MRawArray_Type_Real64;
     }
 }
 

@@ -28,7 +28,6 @@ std::vector<DitherColor> parseDitherColors(std::string_view text);
 // The colours as a new colours x channels raw array of the image's sample
 // type, for DitherImage's colour map. Throws CliError when a colour has the
 // wrong channel count or a value the type cannot hold.
-MRawArray makeColorMap(const std::vector<DitherColor> &colors, MImage_Data_Type type,
-                       mint channels);
+MRawArray makeColorMap(const std::vector<DitherColor> &colors, MImage_Data_Type type, mint channels);
 
 }  // namespace tarvex_cli

@@ -42,8 +42,8 @@ int runSampleImage(const std::vector<std::string> &args) {
         }
     }
     if (output.empty()) throw usageError("sample-image: give an output file");
-    const auto samples = tarvex_sample::samplePicture(static_cast<std::uint32_t>(width),
-                                                      static_cast<std::uint32_t>(height));
+    const auto samples =
+        tarvex_sample::samplePicture(static_cast<std::uint32_t>(width), static_cast<std::uint32_t>(height));
     MImage image = nullptr;
     if (rh_image_new(0, width, height, 3, MImage_Type_Bit8, MImage_CS_RGB, 1, 0, &image) != 0)
         throw CliError("the host cannot make a " + std::to_string(width) + " x " + std::to_string(height) + " image");

@@ -1,0 +1,180 @@
+// The dither and sample-image commands as users run them.
+#include <algorithm>
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <set>
+#include <sstream>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <gtest/gtest.h>
+
+#include "DitherPalette.h"
+#include "HostTable.h"
+#include "ImageFiles.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+using namespace tarvex_cli;
+
+std::string contents(const fs::path &file) {
+    std::ifstream in(file, std::ios::binary);
+    std::ostringstream text;
+    text << in.rdbuf();
+    return text.str();
+}
+
+struct Pixels {
+    mint width = 0, height = 0, channels = 0;
+    std::vector<std::uint8_t> samples;
+    // Colours packed one byte a channel.
+    std::set<std::uint32_t> colors() const {
+        std::set<std::uint32_t> distinct;
+        for (std::size_t i = 0; i < samples.size(); i += channels) {
+            std::uint32_t packed = 0;
+            for (mint k = 0; k < channels; ++k) packed = packed << 8 | samples[i + k];
+            distinct.insert(packed);
+        }
+        return distinct;
+    }
+};
+
+Pixels readPixels(const std::string &path) {
+    MImage image = readPng(path);
+    const QuorbelImageFunctions f = hostTable()->imageFunctions;
+    Pixels p{f->getColumnCount(image), f->getRowCount(image), f->getChannels(image), {}};
+    const auto *data = static_cast<const std::uint8_t *>(f->getRawData(image));
+    p.samples.assign(data, data + p.width * p.height * p.channels);
+    f->free(image);
+    return p;
+}
+
+class DitherCommand : public ::testing::Test {
+protected:
+    void SetUp() override {
+        directory_ = fs::temp_directory_path() / ("tarvex-dither-" + std::to_string(::getpid()));
+        fs::create_directories(directory_);
+    }
+    void TearDown() override { fs::remove_all(directory_); }
+
+    std::string path(const std::string &name) const { return (directory_ / name).string(); }
+
+    // The exit status; the error output is kept in errors_.
+    int tool(const std::vector<std::string> &args) {
+        std::string command =
+            std::string("'") + TARVEX_TOOL_PATH + "' --plugin '" TARVEX_PLUGIN_PATH "'";
+        for (const std::string &arg : args) command += " '" + arg + "'";
+        command += " >'" + path("out") + "' 2>'" + path("err") + "'";
+        const int status = std::system(command.c_str());
+        errors_ = contents(path("err"));
+        output_ = contents(path("out"));
+        return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    }
+
+    std::string samplePicture(const std::string &name, int width, int height) {
+        EXPECT_EQ(tool({"sample-image", path(name), "--width", std::to_string(width), "--height",
+                        std::to_string(height)}),
+                  0)
+            << errors_;
+        return path(name);
+    }
+
+    fs::path directory_;
+    std::string errors_, output_;
+};
+
+TEST_F(DitherCommand, SampleImagesAreDeterministicAndSized) {
+    const std::string a = samplePicture("a.png", 64, 48), b = samplePicture("b.png", 64, 48);
+    EXPECT_EQ(contents(a), contents(b));
+    const Pixels pixels = readPixels(a);
+    EXPECT_EQ(pixels.width, 64);
+    EXPECT_EQ(pixels.height, 48);
+    EXPECT_EQ(pixels.channels, 3);
+    EXPECT_GT(pixels.colors().size(), 100u) << "not photo-like";
+    EXPECT_EQ(tool({"sample-image", path("c.png"), "--width", "0"}), 2);
+}
+
+TEST_F(DitherCommand, MapsToTheGivenColoursOnly) {
+    const std::string picture = samplePicture("in.png", 40, 30);
+    const std::set<std::uint32_t> palette = {0x000000, 0xffffff, 0xff0000, 0x008000};
+    for (const char *method : {"none", "floyd-steinberg"}) {
+        ASSERT_EQ(tool({"dither", picture, "-o", path("out.png"), "--palette",
+                        "#000000,#ffffff,#ff0000,#008000", "--method", method}),
+                  0)
+            << errors_;
+        const auto colors = readPixels(path("out.png")).colors();
+        EXPECT_TRUE(std::includes(palette.begin(), palette.end(), colors.begin(), colors.end()));
+    }
+}
+
+// A palette image holds every colour of its own dithering, which therefore
+// comes back unchanged; text files take both colour forms.
+TEST_F(DitherCommand, PalettesFromFiles) {
+    const std::string picture = samplePicture("in.png", 40, 30);
+    std::ofstream(path("palette.txt")) << "#102030\n\n255,255,255\n  0,0,0  \n";
+    ASSERT_EQ(tool({"dither", picture, "-o", path("once.png"), "--palette", path("palette.txt")}),
+              0)
+        << errors_;
+    EXPECT_EQ(readPixels(path("once.png")).colors().size(), 3u);
+    ASSERT_EQ(
+        tool({"dither", path("once.png"), "-o", path("twice.png"), "--palette", path("once.png")}),
+        0)
+        << errors_;
+    EXPECT_EQ(contents(path("twice.png")), contents(path("once.png")));
+
+    std::ofstream(path("bad.txt")) << "#000000\n1,2,x\n";
+    EXPECT_EQ(tool({"dither", picture, "-o", path("x.png"), "--palette", path("bad.txt")}), 1);
+    EXPECT_NE(errors_.find("bad.txt:2"), std::string::npos) << errors_;
+}
+
+TEST_F(DitherCommand, RealSamplesThroughRawFiles) {
+    const std::vector<float> ramp = {0.0f, 0.2f, 0.4f, 0.6f, 0.8f, 1.0f};
+    std::ofstream(path("ramp.raw"), std::ios::binary)
+        .write(reinterpret_cast<const char *>(ramp.data()), ramp.size() * sizeof(float));
+    ASSERT_EQ(
+        tool({"dither", path("ramp.raw"), "--layout", "type=real32,width=6,height=1,channels=1",
+              "-o", path("out.raw"), "--palette", "0;1", "--method", "none"}),
+        0)
+        << errors_;
+    EXPECT_NE(output_.find("type=real32,width=6,height=1,channels=1"), std::string::npos);
+    const std::string out = contents(path("out.raw"));
+    ASSERT_EQ(out.size(), ramp.size() * sizeof(float));
+    std::vector<float> mapped(ramp.size());
+    std::memcpy(mapped.data(), out.data(), out.size());
+    EXPECT_EQ(mapped, (std::vector<float>{0, 0, 0, 1, 1, 1}));
+}
+
+TEST_F(DitherCommand, RefusesWhatCannotBeDithered) {
+    const std::string picture = samplePicture("in.png", 8, 8);
+    EXPECT_EQ(tool({"dither", picture, "-o", path("x.png"), "--palette", "#0000,#ffff"}), 1);
+    EXPECT_NE(errors_.find("3 channels"), std::string::npos) << errors_;
+    EXPECT_EQ(tool({"dither", picture, "-o", path("x.png"), "--palette", "#000000", "--method",
+                    "FloydSteinberg"}),
+              2);
+    EXPECT_EQ(tool({"dither", picture, "--palette", "#000000"}), 2);
+    EXPECT_EQ(tool({"dither", picture, "-o", path("x.png"), "--palette", "300,0,0"}), 1);
+}
+
+TEST(DitherColors, BothListForms) {
+    const auto hex = parseDitherColors("#ff0000,#00ff00,#0000ff");
+    ASSERT_EQ(hex.size(), 3u);
+    EXPECT_EQ(hex[1].values, (std::vector<double>{0, 255, 0}));
+    EXPECT_EQ(hex[1].fullScale, 255);
+    const auto numbers = parseDitherColors("255,0,0; 0,255,0;");
+    ASSERT_EQ(numbers.size(), 2u);
+    EXPECT_EQ(numbers[1].values, (std::vector<double>{0, 255, 0}));
+    EXPECT_EQ(numbers[1].fullScale, 0);
+    EXPECT_EQ(parseDitherColors("0.25").front().values, std::vector<double>{0.25});
+    EXPECT_THROW(parseDitherColors("#12345"), std::invalid_argument);
+    EXPECT_THROW(parseDitherColors("1,,2"), std::invalid_argument);
+}
+
+}  // namespace
