@@ -3,6 +3,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <vector>
 
 #include "color/Color.h"
@@ -10,7 +11,7 @@
 #include "color/ColorCellCache.h"
 #include "color/Instantiations.h"
 #include "color/IntensityIndex.h"
-#include "color/NearestColor.h"
+#include "color/NearestColorFinder.h"
 #include "color/PairDistanceTable.h"
 #include "color/Palette.h"
 #include "color/Quantizer.h"
@@ -75,10 +76,12 @@ protected:
     ColorCellCache<T, N> cache_;
     IntensityIndex intensityIndex_;
     PairDistanceTable pairDistances_;
+    // The exhaustive search, answered faster but to the same bit.
+    std::optional<NearestColorFinder<T, N>> nearest_;
 
 private:
-    void prepareSortedSearch();
-    std::uint32_t search(const ColorType &wanted) const;
+    void prepareSearch();
+    std::uint32_t search(const ColorType &wanted);
     std::uint32_t chooseIndex(const ColorType &wanted);
     template <typename Out>
     void write(Out *out, std::uint32_t row, std::uint32_t col, std::uint32_t index,
@@ -89,7 +92,7 @@ template <typename T, int N>
 Ditherer<T, N>::Ditherer(SharedPalette<T, N> palette, std::uint32_t rows, std::uint32_t cols, bool,
                          bool)
     : bits_(N == 3 ? 6 : 8), rows_(rows), cols_(cols), palette_(std::move(palette)), cache_(bits_) {
-    prepareSortedSearch();
+    prepareSearch();
 }
 
 template <typename T, int N>
@@ -106,12 +109,15 @@ Ditherer<T, N>::Ditherer(const Quant::Quantizer<T, N> &quantizer, std::uint32_t 
     bounds_.min = quantizer.bounds().min;
     bounds_.setCells(0, bits_);
     bounds_.updateCellWidths();
-    prepareSortedSearch();
+    prepareSearch();
 }
 
 template <typename T, int N>
-void Ditherer<T, N>::prepareSortedSearch() {
-    if (!useSortedSearch_) return;
+void Ditherer<T, N>::prepareSearch() {
+    if (!useSortedSearch_) {
+        nearest_.emplace(*palette_);
+        return;
+    }
     sortByIntensity(*palette_);
     intensityIndex_.build(*palette_);
     pairDistances_.build(*palette_);
@@ -136,9 +142,9 @@ template <typename T, int N>
 void Ditherer<T, N>::diffuseError(const Error &, std::uint32_t, std::uint32_t, std::uint32_t) {}
 
 template <typename T, int N>
-std::uint32_t Ditherer<T, N>::search(const ColorType &wanted) const {
+std::uint32_t Ditherer<T, N>::search(const ColorType &wanted) {
     return useSortedSearch_ ? sortedNearestIndex(*palette_, intensityIndex_, pairDistances_, wanted)
-                            : nearestColorIndex(*palette_, wanted);
+                            : nearest_->find(wanted);
 }
 
 // The cache never answers index 0: a stored 0 reads as "unknown", like the

@@ -1,0 +1,42 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <type_traits>
+
+#include "color/ChannelSumSearch.h"
+#include "color/NearestColor.h"
+#include "color/NearestColorMemo.h"
+#include "color/Palette.h"
+
+namespace ColorUtilities {
+
+// The exhaustive search's answers, found faster: remembered per colour, and
+// for integer samples searched among few palette colours. Real samples are
+// searched exhaustively, since pruning by bounds computed in floating point
+// could drop a colour the exhaustive search would pick.
+template <typename T, int N>
+class NearestColorFinder {
+public:
+    explicit NearestColorFinder(const Palette<T, N> &palette) : palette_(palette) {
+        if constexpr (std::is_integral_v<T>) bySum_.emplace(palette);
+    }
+
+    std::uint32_t find(const Color<T, N> &target) {
+        std::uint32_t index;
+        if (memo_.recall(target, &index)) return index;
+        if constexpr (std::is_integral_v<T>)
+            index = bySum_->find(target);
+        else
+            index = nearestColorIndex(palette_, target);
+        memo_.remember(target, index);
+        return index;
+    }
+
+private:
+    const Palette<T, N> &palette_;
+    std::optional<ChannelSumSearch<T, N>> bySum_;
+    NearestColorMemo<T, N> memo_;
+};
+
+}  // namespace ColorUtilities
