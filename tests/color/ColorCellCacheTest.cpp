@@ -27,20 +27,6 @@ std::uint32_t cellOf(T sample, const ColorBounds<T, 0> &bounds) {
     return static_cast<std::uint32_t>(cache.keyOf(Color<T, 0>(samples), bounds));
 }
 
-TEST(ColorCellCache, IntegerSamplesUseTheirTopBits) {
-    const auto bytes = boundsFor<unsigned char, 0>(6, {});
-    EXPECT_EQ(cellOf<unsigned char>(3, bytes), 0u);
-    EXPECT_EQ(cellOf<unsigned char>(4, bytes), 1u);
-    EXPECT_EQ(cellOf<unsigned char>(255, bytes), 63u);
-    const auto words = boundsFor<unsigned short, 0>(8, {});
-    EXPECT_EQ(cellOf<unsigned short>(255, words), 0u);
-    EXPECT_EQ(cellOf<unsigned short>(256, words), 1u);
-    EXPECT_EQ(cellOf<unsigned short>(65535, words), 255u);
-    const auto bits = boundsFor<signed char, 0>(8, {});
-    EXPECT_EQ(cellOf<signed char>(0, bits), 0u);
-    EXPECT_EQ(cellOf<signed char>(1, bits), 255u);
-}
-
 // Cells of width (max - min) / 2^bits from min; a cell's upper edge belongs to it.
 TEST(ColorCellCache, RealSamplesCountCellsFromTheMinimum) {
     const auto bounds = boundsFor<double, 0>(2, {1.0, 5.0});  // cells of width 1

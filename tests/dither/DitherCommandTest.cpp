@@ -7,7 +7,6 @@
 #include <fstream>
 #include <set>
 #include <sstream>
-#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -16,7 +15,6 @@
 
 #include <gtest/gtest.h>
 
-#include "DitherPalette.h"
 #include "HostTable.h"
 #include "ImageFiles.h"
 
@@ -91,17 +89,6 @@ protected:
     std::string errors_, output_;
 };
 
-TEST_F(DitherCommand, SampleImagesAreDeterministicAndSized) {
-    const std::string a = samplePicture("a.png", 64, 48), b = samplePicture("b.png", 64, 48);
-    EXPECT_EQ(contents(a), contents(b));
-    const Pixels pixels = readPixels(a);
-    EXPECT_EQ(pixels.width, 64);
-    EXPECT_EQ(pixels.height, 48);
-    EXPECT_EQ(pixels.channels, 3);
-    EXPECT_GT(pixels.colors().size(), 100u) << "not photo-like";
-    EXPECT_EQ(tool({"sample-image", path("c.png"), "--width", "0"}), 2);
-}
-
 TEST_F(DitherCommand, MapsToTheGivenColoursOnly) {
     const std::string picture = samplePicture("in.png", 40, 30);
     const std::set<std::uint32_t> palette = {0x000000, 0xffffff, 0xff0000, 0x008000};
@@ -161,20 +148,6 @@ TEST_F(DitherCommand, RefusesWhatCannotBeDithered) {
               2);
     EXPECT_EQ(tool({"dither", picture, "--palette", "#000000"}), 2);
     EXPECT_EQ(tool({"dither", picture, "-o", path("x.png"), "--palette", "300,0,0"}), 1);
-}
-
-TEST(DitherColors, BothListForms) {
-    const auto hex = parseDitherColors("#ff0000,#00ff00,#0000ff");
-    ASSERT_EQ(hex.size(), 3u);
-    EXPECT_EQ(hex[1].values, (std::vector<double>{0, 255, 0}));
-    EXPECT_EQ(hex[1].fullScale, 255);
-    const auto numbers = parseDitherColors("255,0,0; 0,255,0;");
-    ASSERT_EQ(numbers.size(), 2u);
-    EXPECT_EQ(numbers[1].values, (std::vector<double>{0, 255, 0}));
-    EXPECT_EQ(numbers[1].fullScale, 0);
-    EXPECT_EQ(parseDitherColors("0.25").front().values, std::vector<double>{0.25});
-    EXPECT_THROW(parseDitherColors("#12345"), std::invalid_argument);
-    EXPECT_THROW(parseDitherColors("1,,2"), std::invalid_argument);
 }
 
 }  // namespace

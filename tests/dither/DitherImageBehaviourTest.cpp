@@ -37,22 +37,6 @@ TEST(DitherImageBehaviour, TheTwoFlagsChangeNothing) {
     }
 }
 
-// Every pixel is a palette colour, so there is never an error to diffuse.
-TEST(DitherImageBehaviour, AnImageOfPaletteColoursComesBackUnchanged) {
-    HostBooksGuard guard;
-    Random random(8);
-    const std::vector<unsigned short> palette = randomPaletteSamples<unsigned short>(random, 6, 4);
-    std::vector<unsigned short> samples;
-    for (int i = 0; i < 2 * 7 * 5; ++i) {
-        const std::size_t c = random.below(6);
-        samples.insert(samples.end(), palette.begin() + c * 4, palette.begin() + c * 4 + 4);
-    }
-    OwnedImage image(newImage<unsigned short>({2, 7, 5, 4}, samples));
-    OwnedRawArray map(newRawArray<unsigned short>({6, 4}, palette));
-    EXPECT_EQ(dither<unsigned short>(image.handle, map.handle, "None"), samples);
-    EXPECT_EQ(dither<unsigned short>(image.handle, map.handle, "FloydSteinberg"), samples);
-}
-
 // A constant real slice has an empty box: no damping, every corrected value
 // clamped back to the constant, so diffusion maps it like plain mapping.
 TEST(DitherImageBehaviour, AConstantRealSliceDiffusesNothing) {
