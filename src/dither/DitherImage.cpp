@@ -39,25 +39,10 @@ struct DitherWorker {
     }
 };
 
-// The kernel expects every string argument back, also from a call that fails
-// before it reads the method name.
-void giveBackMethodName(OstrelUtils::MArgumentManager &arguments) noexcept {
-    if (arguments.argumentCount() <= 2) return;
-    try {
-        arguments.getString(2);
-    } catch (...) {
-    }
-}
-
 }  // namespace
 
 void ditherImage(OstrelUtils::MArgumentManager &arguments) {
-    try {
-        OstrelUtils::dispatchImage(arguments, DitherWorker{arguments});
-    } catch (...) {
-        giveBackMethodName(arguments);
-        throw;
-    }
+    OstrelUtils::dispatchImage(arguments, DitherWorker{arguments});
 }
 
 }  // namespace ColorUtilities
