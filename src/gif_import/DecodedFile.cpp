@@ -13,4 +13,10 @@ int ensureDecoded(Decoder *decoder, const std::string &fileName) {
     return Undecodable;
 }
 
+int decodedWithFrames(const std::string &fileName, Decoder *&decoder) {
+    decoder = getOrLoad(fileName);
+    if (int code = ensureDecoded(decoder, fileName); code != Success) return code;
+    return decoder->frames.empty() ? NoFrames : Success;
+}
+
 }  // namespace GifImport

@@ -11,4 +11,8 @@ namespace GifImport {
 // that does not decode, Success otherwise.
 int ensureDecoded(Decoder *decoder, const std::string &fileName);
 
+// Get-or-load and ensureDecoded, then NoFrames for a file without a usable
+// frame. `decoder` is the file's decoder when the code is Success.
+int decodedWithFrames(const std::string &fileName, Decoder *&decoder);
+
 }  // namespace GifImport

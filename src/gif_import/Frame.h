@@ -23,6 +23,9 @@ public:
     bool needsAlpha(std::uint32_t canvasPixelCount) const {
         return hasTransparentIndex() || raster.size() < canvasPixelCount;
     }
+    int channels(std::uint32_t canvasPixelCount) const {
+        return needsAlpha(canvasPixelCount) ? 4 : 3;
+    }
 
     std::vector<PackedColor> picture;
     Palette localPalette;

@@ -1,19 +1,14 @@
 #include "gif_import/DecodedFile.h"
 #include "gif_import/DecoderCache.h"
 #include "gif_import/FrameImage.h"
-#include "gif_import/HostString.h"
 #include "gif_import/ImportCodes.h"
 #include "gif_import/ImportExports.h"
-#include "host/LibraryData.h"
+#include "gif_import/NamedFileReader.h"
 
 #include <algorithm>
 
 namespace GifImport {
 namespace {
-
-int channelsFor(const Frame &frame, const Decoder &decoder) {
-    return frame.needsAlpha(decoder.canvasPixelCount) ? 4 : 3;
-}
 
 int channelsForAll(const Decoder &decoder) {
     const bool alpha = std::any_of(decoder.frames.begin(), decoder.frames.end(), [&](const auto &f) {
@@ -35,7 +30,7 @@ int oneFrame(QuorbelLibraryData library, const std::string &fileName, mint frame
     const Frame &frame = *decoder->frames[static_cast<std::size_t>(index)];
     FrameImage image(library->imageFunctions);
     if (int code = image.create(0, decoder->canvasWidth, decoder->canvasHeight,
-                                channelsFor(frame, *decoder));
+                                frame.channels(decoder->canvasPixelCount));
         code != 0)
         return code;
     image.setSlice(0, frame.picture);
@@ -44,10 +39,9 @@ int oneFrame(QuorbelLibraryData library, const std::string &fileName, mint frame
 }
 
 int allFrames(QuorbelLibraryData library, const std::string &fileName, MArgument result) {
-    Decoder *decoder = getOrLoad(fileName);
-    if (int code = ensureDecoded(decoder, fileName); code != Success) return code;
+    Decoder *decoder = nullptr;
+    if (int code = decodedWithFrames(fileName, decoder); code != Success) return code;
     const std::size_t count = decoder->frames.size();
-    if (count == 0) return NoFrames;
 
     FrameImage image(library->imageFunctions);
     const mint slices = count > 1 ? static_cast<mint>(count) : 0;
@@ -63,25 +57,15 @@ int allFrames(QuorbelLibraryData library, const std::string &fileName, MArgument
 }  // namespace
 
 int readOneFrame(mint argc, MArgument *args, MArgument result) {
-    QuorbelLibraryData library = OstrelUtils::libraryData();
-    if (library == nullptr || argc < 2) return MalformedArguments;
-    HostString fileName(library, args[0]);
-    try {
-        return oneFrame(library, fileName.bytes(), MArgument_getInteger(args[1]), result);
-    } catch (...) {
-        return NoFrames;
-    }
+    return readNamedFile(argc, args, 2, [&](QuorbelLibraryData library, const std::string &fileName) {
+        return oneFrame(library, fileName, MArgument_getInteger(args[1]), result);
+    });
 }
 
 int readAllFrames(mint argc, MArgument *args, MArgument result) {
-    QuorbelLibraryData library = OstrelUtils::libraryData();
-    if (library == nullptr || argc < 1) return MalformedArguments;
-    HostString fileName(library, args[0]);
-    try {
-        return allFrames(library, fileName.bytes(), result);
-    } catch (...) {
-        return NoFrames;
-    }
+    return readNamedFile(argc, args, 1, [&](QuorbelLibraryData library, const std::string &fileName) {
+        return allFrames(library, fileName, result);
+    });
 }
 
 }  // namespace GifImport

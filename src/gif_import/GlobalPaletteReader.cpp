@@ -1,11 +1,9 @@
 #include <array>
 
 #include "gif_import/DecodedFile.h"
-#include "gif_import/DecoderCache.h"
-#include "gif_import/HostString.h"
 #include "gif_import/ImportCodes.h"
 #include "gif_import/ImportExports.h"
-#include "host/LibraryData.h"
+#include "gif_import/NamedFileReader.h"
 
 namespace GifImport {
 namespace {
@@ -51,9 +49,8 @@ int createPaletteTensor(OwnedTensor &tensor, const Palette &palette) {
 }
 
 int globalPalette(QuorbelLibraryData library, const std::string &fileName, MArgument result) {
-    Decoder *decoder = getOrLoad(fileName);
-    if (int code = ensureDecoded(decoder, fileName); code != Success) return code;
-    if (decoder->frames.empty()) return NoFrames;
+    Decoder *decoder = nullptr;
+    if (int code = decodedWithFrames(fileName, decoder); code != Success) return code;
     OwnedTensor tensor(library);
     if (int code = createPaletteTensor(tensor, decoder->globalPalette); code != 0) return code;
     tensor.passToResult(result);
@@ -63,14 +60,9 @@ int globalPalette(QuorbelLibraryData library, const std::string &fileName, MArgu
 }  // namespace
 
 int readGlobalPalette(mint argc, MArgument *args, MArgument result) {
-    QuorbelLibraryData library = OstrelUtils::libraryData();
-    if (library == nullptr || argc < 1) return MalformedArguments;
-    HostString fileName(library, args[0]);
-    try {
-        return globalPalette(library, fileName.bytes(), result);
-    } catch (...) {
-        return NoFrames;
-    }
+    return readNamedFile(argc, args, 1, [&](QuorbelLibraryData library, const std::string &fileName) {
+        return globalPalette(library, fileName, result);
+    });
 }
 
 }  // namespace GifImport

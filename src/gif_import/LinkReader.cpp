@@ -3,7 +3,6 @@
 #include <string>
 
 #include "gif_import/DecodedFile.h"
-#include "gif_import/DecoderCache.h"
 #include "gif_import/ImportCodes.h"
 
 namespace GifImport {
@@ -24,9 +23,8 @@ bool readFileName(ZvLINK link, std::string &fileName) {
 int answer(ZvLINK link, AnswerWriter write) {
     std::string fileName;
     if (!readFileName(link, fileName)) return MalformedArguments;
-    Decoder *decoder = getOrLoad(fileName);
-    if (int code = ensureDecoded(decoder, fileName); code != Success) return code;
-    if (decoder->frames.empty()) return NoFrames;
+    Decoder *decoder = nullptr;
+    if (int code = decodedWithFrames(fileName, decoder); code != Success) return code;
     if (ZvNewPacket(link) == 0) return NoFrames;
     LinkWriter writer(link);
     write(writer, *decoder);

@@ -85,7 +85,7 @@ void writeFrame(LinkWriter &out, const Frame &frame, const Decoder &decoder) {
     out.rule("ImageSize");
     writeSize(out, frame.width, frame.height);
     out.rule("Channels");
-    out.integer(frame.needsAlpha(decoder.canvasPixelCount) ? 4 : 3);
+    out.integer(frame.channels(decoder.canvasPixelCount));
     out.rule("ImageOffset");
     writeSize(out, frame.left, frame.top);
     out.rule("TransparentColor");
