@@ -4,25 +4,11 @@
 #include <gtest/gtest.h>
 
 #include "ImportCalls.h"
-#include "RawGif.h"
 
 namespace gif_test {
 namespace {
 
 using Rows = std::vector<std::string>;
-
-Image withControl(Image image, int disposal, int transparent = -1) {
-    image.control = Control{0, disposal, transparent, false};
-    return image;
-}
-
-// A one-row frame at the top left.
-Image row(std::vector<std::uint8_t> indices) {
-    Image image;
-    image.width = static_cast<int>(indices.size());
-    image.indices = std::move(indices);
-    return image;
-}
 
 class Compositing : public ::testing::Test {
     tarvex_test::HostBooksGuard books;
@@ -31,13 +17,12 @@ class Compositing : public ::testing::Test {
 TEST_F(Compositing, DisposalModesPrepareTheNextFrame) {
     // Background white (index 4); every disposal once, 5 standing for an
     // undefined value that behaves as "keep".
-    const std::string path = GifBuilder(3, 1)
-                                 .globalColors(kEight, 4)
-                                 .image(withControl(solid(0, 0, 3, 1, 1), 2))
-                                 .image(withControl(solid(1, 0, 1, 1, 2), 3))
-                                 .image(withControl(solid(2, 0, 1, 1, 3), 1))
-                                 .image(withControl(solid(0, 0, 1, 1, 5), 5))
-                                 .image(withControl(solid(1, 0, 1, 1, 6), 0))
+    const std::string path = RawGif(3, 1, kEight, 4)
+                                 .control(2).solid(0, 0, 3, 1, 1)
+                                 .control(3).solid(1, 0, 1, 1, 2)
+                                 .control(1).solid(2, 0, 1, 1, 3)
+                                 .control(5).solid(0, 0, 1, 1, 5)
+                                 .control(0).solid(1, 0, 1, 1, 6)
                                  .write("disposal.gif");
     const Picture all = readAllFrames(path);
     ASSERT_EQ(all.code, 0);
@@ -49,31 +34,26 @@ TEST_F(Compositing, DisposalModesPrepareTheNextFrame) {
     EXPECT_EQ(all.rows(3), Rows{"YwB"});
     EXPECT_EQ(all.rows(4), Rows{"YCB"});
 
-    const Picture first = readOneFrame(path, 1);
-    EXPECT_EQ(first.channels, 3);  // covers the canvas, no transparency
+    EXPECT_EQ(readOneFrame(path, 1).channels, 3);  // covers the canvas, no transparency
     EXPECT_EQ(readOneFrame(path, 2).channels, 4);
 
     int code = 0;
     const std::string frames = linkAnswer("ReadFrameMetadata", path, &code);
-    const std::string expectedOrder[] = {"\"Background\"", "\"Previous\"", "\"None\"",
-                                         "Missing[\"NotAvailable\"]", "Missing[\"NotAvailable\"]"};
     std::size_t at = 0;
-    for (const std::string &disposal : expectedOrder) {
-        at = frames.find("\"DisposalOperation\" -> " + disposal, at);
+    for (const char *disposal : {"\"Background\"", "\"Previous\"", "\"None\"",
+                                 "Missing[\"NotAvailable\"]", "Missing[\"NotAvailable\"]"}) {
+        at = frames.find(std::string("\"DisposalOperation\" -> ") + disposal, at);
         ASSERT_NE(at, std::string::npos) << disposal << " in " << frames;
         ++at;
     }
 }
 
 TEST_F(Compositing, TransparentIndicesStampOnlyStillTransparentPixels) {
-    Image local = row({2, 2, 1});
-    local.localColors = ColorTable{kBlack, kRed, kGreen, kBlue};
-    const std::string path = GifBuilder(3, 1)
-                                 .globalColors(kEight, 0)
-                                 .image(withControl(solid(0, 0, 1, 1, 1), 1))
-                                 .image(withControl(row({3, 3, 2}), 1, 3))
-                                 .image(withControl(local, 1, 2))
-                                 .image(withControl(solid(1, 0, 1, 1, 2), 1))
+    const std::string path = RawGif(3, 1, kEight, 0)
+                                 .control(1).solid(0, 0, 1, 1, 1)
+                                 .control(1, 3).image(0, 0, 3, 1, {3, 3, 2})
+                                 .control(1, 2).image(0, 0, 3, 1, {2, 2, 1}, {kBlack, kRed, kGreen, kBlue})
+                                 .control(1).solid(1, 0, 1, 1, 2)
                                  .write("transparency.gif");
     const Picture all = readAllFrames(path);
     ASSERT_EQ(all.code, 0);
@@ -84,11 +64,10 @@ TEST_F(Compositing, TransparentIndicesStampOnlyStillTransparentPixels) {
 }
 
 TEST_F(Compositing, FramesOutsideTheCanvasAreDroppedAndTheRestRenumbered) {
-    const std::string path = GifBuilder(2, 2)
-                                 .globalColors(kEight)
-                                 .image(withControl(solid(0, 0, 2, 2, 1), 1))
-                                 .image(withControl(solid(1, 1, 2, 1, 2), 1))  // past the right edge
-                                 .image(withControl(solid(0, 1, 1, 1, 3), 1))
+    const std::string path = RawGif(2, 2, kEight)
+                                 .control(1).solid(0, 0, 2, 2, 1)
+                                 .control(1).solid(1, 1, 2, 1, 2)  // past the right edge
+                                 .control(1).solid(0, 1, 1, 1, 3)
                                  .write("dropped.gif");
     const Picture second = readOneFrame(path, 2);
     ASSERT_EQ(second.code, 0);
@@ -100,9 +79,7 @@ TEST_F(Compositing, FramesOutsideTheCanvasAreDroppedAndTheRestRenumbered) {
 }
 
 TEST_F(Compositing, AnImageLargerThanTheScreenEnlargesTheCanvas) {
-    const std::string path =
-        GifBuilder(2, 2).globalColors(kEight).image(solid(0, 0, 3, 1, 1)).write("enlarged.gif");
-    const Picture frame = readOneFrame(path, 1);
+    const Picture frame = readOneFrame(RawGif(2, 2, kEight).solid(0, 0, 3, 1, 1).write("enlarged.gif"), 1);
     ASSERT_EQ(frame.code, 0);
     EXPECT_EQ(frame.rank, 2);
     EXPECT_EQ(frame.channels, 4);
@@ -110,13 +87,10 @@ TEST_F(Compositing, AnImageLargerThanTheScreenEnlargesTheCanvas) {
 }
 
 TEST_F(Compositing, IndicesPastThePaletteLeaveThePixel) {
-    const std::string path = RawGif(2, 1, {kRed, kGreen}, 0)
-                                 .image(0, 0, 2, 1, {1, 5})
-                                 .trailer()
-                                 .write("past-palette.gif");
     // The untouched pixel keeps the background red; the frame covers the
     // canvas without a transparent index, so no alpha channel hides it.
-    const Picture frame = readOneFrame(path, 1);
+    const Picture frame =
+        readOneFrame(RawGif(2, 1, {kRed, kGreen}, 0).image(0, 0, 2, 1, {1, 5}).write("past-palette.gif"), 1);
     EXPECT_EQ(frame.channels, 3);
     EXPECT_EQ(frame.rows(), Rows{"GR"});
 }

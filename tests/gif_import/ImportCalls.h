@@ -4,8 +4,8 @@
 #include <string>
 #include <vector>
 
-#include "GifBuilder.h"
 #include "Plugin.h"
+#include "RawGif.h"
 
 namespace gif_test {
 
@@ -25,24 +25,22 @@ struct Picture {
     // One string per row: a letter of K R G B W Y C M per opaque pixel, the
     // lowercase letter for a transparent one, '?' for any other colour.
     std::vector<std::string> rows(long slice = 0) const;
-    std::vector<std::uint8_t> pixel(long slice, long x, long y) const;
+    std::vector<std::uint8_t> pixel(long slice, long x, long y) const;  // always RGBA
 };
-
-Picture readOneFrame(const std::string &path, long frameNumber);
-Picture readAllFrames(const std::string &path);
 
 struct Tensor {
     int code = 0;
     bool written = false;
-    std::vector<long> dimensions;
-    std::vector<long> values;
+    std::vector<long> dimensions, values;
 };
+
+Picture readOneFrame(const std::string &path, long frameNumber);
+Picture readAllFrames(const std::string &path);
 Tensor readGlobalPalette(const std::string &path);
+// Returns the code; *removed receives the boolean result.
+int clearCache(const std::string &path, bool *removed = nullptr);
 
 // Calls a link export with {path}; the answer in input form.
 std::string linkAnswer(const char *exportName, const std::string &path, int *code);
-
-// Returns the code; *removed receives the boolean result.
-int clearCache(const std::string &path, bool *removed = nullptr);
 
 }  // namespace gif_test

@@ -2,110 +2,113 @@
 
 #include <algorithm>
 #include <bit>
+#include <filesystem>
+#include <fstream>
+#include <stdexcept>
+#include <utility>
+
+#include <unistd.h>
 
 namespace gif_test {
 namespace {
 
-int tableSizeBits(std::size_t entries) { return std::bit_width(entries) - 2; }
+std::uint8_t tableFlags(const ColorTable &colors) {
+    return colors.empty() ? 0 : static_cast<std::uint8_t>(0x80 | (std::bit_width(colors.size()) - 2));
+}
 
 // LZW with a clear code before the table would outgrow 9-bit codes, so every
 // pixel is a literal and the code width never changes.
-std::vector<std::uint8_t> literalLzw(const std::vector<std::uint8_t> &indices) {
+std::string literalLzw(const std::vector<std::uint8_t> &indices) {
     constexpr int clear = 256, end = 257, width = 9, literalsPerClear = 250;
-    std::vector<std::uint8_t> out;
+    std::string out;
     std::uint32_t buffer = 0;
     int bits = 0;
     auto emit = [&](int code) {
         buffer |= static_cast<std::uint32_t>(code) << bits;
-        for (bits += width; bits >= 8; bits -= 8, buffer >>= 8) out.push_back(buffer & 0xff);
+        for (bits += width; bits >= 8; bits -= 8, buffer >>= 8) out.push_back(static_cast<char>(buffer));
     };
     for (std::size_t i = 0; i < indices.size(); ++i) {
         if (i % literalsPerClear == 0) emit(clear);
         emit(indices[i]);
     }
     emit(end);
-    if (bits > 0) out.push_back(buffer & 0xff);
+    if (bits > 0) out.push_back(static_cast<char>(buffer));
+    return out;
+}
+
+std::vector<std::string> chunks(const std::string &data) {
+    std::vector<std::string> out;
+    for (std::size_t at = 0; at < data.size(); at += 255) out.push_back(data.substr(at, 255));
     return out;
 }
 
 }  // namespace
 
 RawGif::RawGif(int width, int height, const ColorTable &global, int background) {
-    const std::string header = "GIF89a";
-    out_.assign(header.begin(), header.end());
+    out_ = {'G', 'I', 'F', '8', '9', 'a'};
     word(width);
     word(height);
-    out_.push_back(global.empty() ? 0x70 : 0xf0 | tableSizeBits(global.size()));
-    out_.push_back(static_cast<std::uint8_t>(background));
-    out_.push_back(0);
-    colorTable(global);
+    out_.insert(out_.end(), {static_cast<std::uint8_t>(0x70 | tableFlags(global)),
+                             static_cast<std::uint8_t>(background), 0});
+    for (const Rgb &c : global) out_.insert(out_.end(), {c.r, c.g, c.b});
 }
 
-RawGif &RawGif::control(int disposal, int delay, int transparent) {
+RawGif &RawGif::control(int disposal, int transparent, int delay, bool userInput) {
     out_.insert(out_.end(), {0x21, 0xf9, 4});
-    out_.push_back(static_cast<std::uint8_t>((disposal & 7) << 2 | (transparent >= 0 ? 1 : 0)));
+    out_.push_back(static_cast<std::uint8_t>((disposal & 7) << 2 | (userInput ? 2 : 0) |
+                                             (transparent >= 0 ? 1 : 0)));
     word(delay);
-    out_.push_back(static_cast<std::uint8_t>(transparent >= 0 ? transparent : 0));
-    out_.push_back(0);
+    out_.insert(out_.end(), {static_cast<std::uint8_t>(std::max(transparent, 0)), 0});
     return *this;
 }
 
-RawGif &RawGif::comment(const std::vector<std::string> &blocks) {
+RawGif &RawGif::comment(const std::vector<std::string> &subBlocks) {
     out_.insert(out_.end(), {0x21, 0xfe});
-    for (const std::string &block : blocks) {
-        out_.push_back(static_cast<std::uint8_t>(block.size()));
-        out_.insert(out_.end(), block.begin(), block.end());
-    }
-    out_.push_back(0);
+    blocks(subBlocks);
     return *this;
 }
 
-RawGif &RawGif::application(const std::string &identifier, const std::vector<std::string> &blocks) {
-    std::vector<std::string> all{identifier};
-    all.insert(all.end(), blocks.begin(), blocks.end());
+RawGif &RawGif::application(const std::string &identifier, const std::vector<std::string> &subBlocks) {
     out_.insert(out_.end(), {0x21, 0xff});
-    for (const std::string &block : all) {
-        out_.push_back(static_cast<std::uint8_t>(block.size()));
-        out_.insert(out_.end(), block.begin(), block.end());
-    }
-    out_.push_back(0);
+    std::vector<std::string> all{identifier};
+    all.insert(all.end(), subBlocks.begin(), subBlocks.end());
+    blocks(all);
     return *this;
 }
 
-RawGif &RawGif::image(int left, int top, int width, int height,
-                      const std::vector<std::uint8_t> &indices, const ColorTable &local) {
-    out_.push_back(0x2c);
-    word(left);
-    word(top);
-    word(width);
-    word(height);
-    out_.push_back(local.empty() ? 0 : static_cast<std::uint8_t>(0x80 | tableSizeBits(local.size())));
-    colorTable(local);
+RawGif &RawGif::image(int left, int top, int width, int height, std::vector<std::uint8_t> indices,
+                      const ColorTable &local, bool interlaced) {
+    descriptor(left, top, width, height, tableFlags(local) | (interlaced ? 0x40 : 0));
+    for (const Rgb &c : local) out_.insert(out_.end(), {c.r, c.g, c.b});
+    if (interlaced) {
+        std::vector<std::uint8_t> rows;
+        for (auto [first, step] : {std::pair{0, 8}, {4, 8}, {2, 4}, {1, 2}})
+            for (int r = first; r < height; r += step)
+                rows.insert(rows.end(), indices.begin() + r * width, indices.begin() + (r + 1) * width);
+        indices = std::move(rows);
+    }
     out_.push_back(8);
-    subBlocks(literalLzw(indices));
+    blocks(chunks(literalLzw(indices)));
     return *this;
+}
+
+RawGif &RawGif::solid(int left, int top, int width, int height, std::uint8_t index) {
+    return image(left, top, width, height, std::vector<std::uint8_t>(std::size_t(width * height), index));
 }
 
 RawGif &RawGif::imageWithData(int left, int top, int width, int height,
                               std::uint8_t minimumCodeSize, const std::vector<std::uint8_t> &data) {
-    out_.push_back(0x2c);
-    word(left);
-    word(top);
-    word(width);
-    word(height);
-    out_.push_back(0);
+    descriptor(left, top, width, height, 0);
     out_.push_back(minimumCodeSize);
-    subBlocks(data);
-    return *this;
-}
-
-RawGif &RawGif::trailer() {
-    out_.push_back(0x3b);
+    blocks(chunks(std::string(data.begin(), data.end())));
     return *this;
 }
 
 std::vector<std::uint8_t> RawGif::bytes(std::size_t length) const {
-    return {out_.begin(), out_.begin() + static_cast<std::ptrdiff_t>(std::min(length, out_.size()))};
+    std::vector<std::uint8_t> all = out_;
+    all.push_back(0x3b);
+    all.resize(std::min(length, all.size()));
+    return all;
 }
 
 std::string RawGif::write(const std::string &name, std::size_t length) const {
@@ -113,22 +116,43 @@ std::string RawGif::write(const std::string &name, std::size_t length) const {
 }
 
 void RawGif::word(int value) {
-    out_.push_back(static_cast<std::uint8_t>(value & 0xff));
-    out_.push_back(static_cast<std::uint8_t>((value >> 8) & 0xff));
+    out_.insert(out_.end(), {static_cast<std::uint8_t>(value), static_cast<std::uint8_t>(value >> 8)});
 }
 
-void RawGif::colorTable(const ColorTable &colors) {
-    for (const Rgb &c : colors) out_.insert(out_.end(), {c.r, c.g, c.b});
+void RawGif::descriptor(int left, int top, int width, int height, std::uint8_t flags) {
+    out_.push_back(0x2c);
+    for (int value : {left, top, width, height}) word(value);
+    out_.push_back(flags);
 }
 
-void RawGif::subBlocks(const std::vector<std::uint8_t> &data) {
-    for (std::size_t at = 0; at < data.size(); at += 255) {
-        const std::size_t length = std::min<std::size_t>(255, data.size() - at);
-        out_.push_back(static_cast<std::uint8_t>(length));
-        out_.insert(out_.end(), data.begin() + static_cast<std::ptrdiff_t>(at),
-                    data.begin() + static_cast<std::ptrdiff_t>(at + length));
+void RawGif::blocks(const std::vector<std::string> &subBlocks) {
+    for (const std::string &block : subBlocks) {
+        out_.push_back(static_cast<std::uint8_t>(block.size()));
+        out_.insert(out_.end(), block.begin(), block.end());
     }
     out_.push_back(0);
+}
+
+std::string scratchPath(const std::string &name) {
+    struct ScratchDirectory {
+        std::filesystem::path path = std::filesystem::temp_directory_path() /
+                                     ("tarvex-import-" + std::to_string(::getpid()));
+        ScratchDirectory() { std::filesystem::create_directories(path); }
+        ~ScratchDirectory() {
+            std::error_code ignored;
+            std::filesystem::remove_all(path, ignored);
+        }
+    };
+    static const ScratchDirectory directory;
+    return (directory.path / name).string();
+}
+
+std::string writeFile(const std::string &name, const std::vector<std::uint8_t> &bytes) {
+    const std::string path = scratchPath(name);
+    std::ofstream out(path, std::ios::binary | std::ios::trunc);
+    out.write(reinterpret_cast<const char *>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
+    if (!out) throw std::runtime_error("cannot write " + path);
+    return path;
 }
 
 }  // namespace gif_test

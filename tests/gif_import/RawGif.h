@@ -4,39 +4,48 @@
 #include <string>
 #include <vector>
 
-#include "GifBuilder.h"
-
 namespace gif_test {
 
-// Writes GIF blocks byte by byte, so that files the encoder refuses to make
-// (no colour map at all, indices past the palette, damaged data) can be built.
+struct Rgb {
+    std::uint8_t r, g, b;
+};
+using ColorTable = std::vector<Rgb>;  // a power of two long, 2 to 256
+
+// Writes a GIF89a block by block, so that files no encoder would make (no
+// colour map at all, indices past the palette, damaged data) can be built too.
 class RawGif {
 public:
     // Header and logical screen descriptor; `global` may be empty.
     RawGif(int width, int height, const ColorTable &global = {}, int background = 0);
 
-    RawGif &control(int disposal, int delay, int transparent);
+    // A graphic control block for the next image; delay in hundredths.
+    RawGif &control(int disposal, int transparent = -1, int delay = 0, bool userInput = false);
     RawGif &comment(const std::vector<std::string> &subBlocks);
     // An application block with the given sub-blocks after its identifier.
     RawGif &application(const std::string &identifier, const std::vector<std::string> &subBlocks);
-    // An image whose indices may be anything up to 255: the data is coded
-    // with 8-bit literals only.
-    RawGif &image(int left, int top, int width, int height, const std::vector<std::uint8_t> &indices,
-                  const ColorTable &local = {});
+    // An image whose indices (row-major, in image order) may be anything up
+    // to 255: the data is coded with 8-bit literals only.
+    RawGif &image(int left, int top, int width, int height, std::vector<std::uint8_t> indices,
+                  const ColorTable &local = {}, bool interlaced = false);
+    RawGif &solid(int left, int top, int width, int height, std::uint8_t index);
     // An image descriptor followed by the given raw data sub-blocks.
     RawGif &imageWithData(int left, int top, int width, int height, std::uint8_t minimumCodeSize,
                           const std::vector<std::uint8_t> &data);
-    RawGif &trailer();
 
-    // The bytes so far, cut to `length` when given.
+    // The bytes with the trailer, cut to `length` when given.
     std::vector<std::uint8_t> bytes(std::size_t length = SIZE_MAX) const;
+    // Writes into the test binary's scratch directory; returns the path.
     std::string write(const std::string &name, std::size_t length = SIZE_MAX) const;
 
 private:
     void word(int value);
-    void colorTable(const ColorTable &colors);
-    void subBlocks(const std::vector<std::uint8_t> &data);
+    void descriptor(int left, int top, int width, int height, std::uint8_t flags);
+    void blocks(const std::vector<std::string> &subBlocks);
     std::vector<std::uint8_t> out_;
 };
+
+// The scratch directory of the test binary, created on first use.
+std::string scratchPath(const std::string &name);
+std::string writeFile(const std::string &name, const std::vector<std::uint8_t> &bytes);
 
 }  // namespace gif_test

@@ -5,10 +5,11 @@
 #include <gtest/gtest.h>
 
 #include "ImportCalls.h"
-#include "RawGif.h"
 
 namespace gif_test {
 namespace {
+
+using Rows = std::vector<std::string>;
 
 class Readers : public ::testing::Test {
     tarvex_test::HostBooksGuard books;
@@ -21,24 +22,19 @@ std::string answer(const char *exportName, const std::string &path) {
     return text;
 }
 
-std::string twoFrameFile() {
-    Image first = solid(0, 0, 4, 2, 1);
-    first.loopBlock = true;
-    first.comments = {std::vector<std::string>{"hel", "lo"}};
-    first.control = Control{0, 1, -1, false};
-    Image second = solid(1, 0, 2, 1, 2);
-    second.localColors = ColorTable{kBlack, kWhite, kYellow, kCyan};
-    second.control = Control{7, 2, 2, true};
-    return GifBuilder(4, 2)
-        .globalColors({kBlack, kRed, kGreen, kBlue}, 2)
-        .image(first)
-        .image(second)
-        .trailingComment({"a\xff" "b"})
-        .write("two-frames.gif");
+std::string oneRedPixel(const std::string &name, std::uint8_t index = 1) {
+    return RawGif(1, 1, kEight).solid(0, 0, 1, 1, index).write(name);
 }
 
 TEST_F(Readers, AnswerWithTheExactExpressions) {
-    const std::string path = twoFrameFile();
+    const std::string path = RawGif(4, 2, {kBlack, kRed, kGreen, kBlue}, 2)
+                                 .application("NETSCAPE2.0", {std::string("\x01\x00\x00", 3)})
+                                 .comment({"hel", "lo"})
+                                 .control(1).solid(0, 0, 4, 2, 1)
+                                 .control(2, 2, 7, true)
+                                 .image(1, 0, 2, 1, {2, 2}, {kBlack, kWhite, kYellow, kCyan})
+                                 .comment({"a\xff" "b"})
+                                 .write("two-frames.gif");
     EXPECT_EQ(answer("ReadFileMetadata", path),
               "{\"ImageSize\" -> {4, 2}, \"ImageCount\" -> 2, \"Background\" -> RGBColor[0., 1., 0.], "
               "\"AnimationRepetitions\" -> Infinity, \"Comments\" -> {\"hel\", \"a\xef\xbf\xbd" "b\"}}");
@@ -60,49 +56,41 @@ TEST_F(Readers, AnswerWithTheExactExpressions) {
 }
 
 TEST_F(Readers, ReportRepetitionsFromTheLastLoopBlock) {
-    const auto repetitions = [](const std::string &path) {
+    const auto repetitions = [](const RawGif &gif) {
+        const std::string path = gif.write("repetitions.gif");
         const std::string text = answer("ReadFileMetadata", path);
-        const std::size_t at = text.find("\"AnimationRepetitions\" -> ");
-        return text.substr(at + 26, text.find(',', at) - at - 26);
+        clearCache(path);
+        const std::size_t at = text.find("\"AnimationRepetitions\" -> ") + 26;
+        return text.substr(at, text.find(',', at) - at);
     };
-    const std::vector<std::uint8_t> one{0};
-    EXPECT_EQ(repetitions(RawGif(1, 1, {kRed, kGreen}).image(0, 0, 1, 1, one).trailer().write("r1.gif")), "1");
-    EXPECT_EQ(repetitions(RawGif(1, 1, {kRed, kGreen})
-                              .application("NETSCAPE2.0", {std::string("\x01\x05\x00", 3)})
-                              .application("ANYTHING!!!", {std::string("\x01\x02\x00", 3)})
-                              .image(0, 0, 1, 1, one)
-                              .trailer()
-                              .write("r3.gif")),
+    const auto loop = [](const char *count) { return std::vector<std::string>{std::string(count, 3)}; };
+    EXPECT_EQ(repetitions(RawGif(1, 1, kEight).solid(0, 0, 1, 1, 0)), "1");
+    // Any application name counts, and the last block wins.
+    EXPECT_EQ(repetitions(RawGif(1, 1, kEight)
+                              .application("NETSCAPE2.0", loop("\x01\x05\x00"))
+                              .application("ANYTHING!!!", loop("\x01\x02\x00"))
+                              .solid(0, 0, 1, 1, 0)),
               "3");
     // A sub-block too short to hold a count is not a loop block.
-    EXPECT_EQ(repetitions(RawGif(1, 1, {kRed, kGreen})
-                              .image(0, 0, 1, 1, one)
-                              .application("NETSCAPE2.0", {std::string("\x01")})
-                              .trailer()
-                              .write("short.gif")),
+    EXPECT_EQ(repetitions(RawGif(1, 1, kEight).solid(0, 0, 1, 1, 0).application("NETSCAPE2.0", {"\x01\x05"})),
               "1");
 }
 
-TEST_F(Readers, DescribeAFileWithoutGlobalColors) {
-    const std::string path = RawGif(2, 1, {}, 0)
-                                 .comment({"only"})
-                                 .image(0, 0, 2, 1, {0, 1}, {kRed, kGreen})
-                                 .trailer()
-                                 .write("no-global.gif");
-    EXPECT_EQ(answer("ReadFileMetadata", path),
+TEST_F(Readers, DescribeFilesWithoutGlobalColorsOrWithTheBackgroundPastThem) {
+    const std::string noGlobal =
+        RawGif(2, 1).comment({"only"}).image(0, 0, 2, 1, {0, 1}, {kRed, kGreen}).write("no-global.gif");
+    EXPECT_EQ(answer("ReadFileMetadata", noGlobal),
               "{\"ImageSize\" -> {2, 1}, \"ImageCount\" -> 1, \"Background\" -> None, "
               "\"AnimationRepetitions\" -> 1, \"Comments\" -> \"only\"}");
-    const Tensor palette = readGlobalPalette(path);
+    const Tensor palette = readGlobalPalette(noGlobal);
     EXPECT_EQ(palette.dimensions, (std::vector<long>{0}));
     EXPECT_TRUE(palette.values.empty());
-}
 
-TEST_F(Readers, TreatABackgroundIndexPastThePaletteAsBlack) {
-    const std::string path =
-        RawGif(2, 1, {kRed, kGreen}, 2).image(0, 0, 1, 1, {1}).trailer().write("bg-past.gif");
-    EXPECT_NE(answer("ReadFileMetadata", path).find("\"Background\" -> RGBColor[0., 0., 0.]"),
+    const std::string pastBackground =
+        RawGif(2, 1, {kRed, kGreen}, 2).image(0, 0, 1, 1, {1}).write("bg-past.gif");
+    EXPECT_NE(answer("ReadFileMetadata", pastBackground).find("\"Background\" -> RGBColor[0., 0., 0.]"),
               std::string::npos);
-    EXPECT_EQ(readOneFrame(path, 1).rows(), std::vector<std::string>{"Gk"});
+    EXPECT_EQ(readOneFrame(pastBackground, 1).rows(), Rows{"Gk"});
 }
 
 TEST_F(Readers, ReturnTheirCodes) {
@@ -111,10 +99,10 @@ TEST_F(Readers, ReturnTheirCodes) {
     for (const char *name : {"ReadFileMetadata", "ReadFrameMetadata", "ReadPalettes", "ReadRasterBits"}) {
         EXPECT_EQ(linkAnswer(name, missing, &code), "");
         EXPECT_EQ(code, -2) << name;
-        tarvex_test::callLink(name, "{1}", &code);
-        EXPECT_EQ(code, 6) << name;
-        tarvex_test::callLink(name, "{\"a\", \"b\"}", &code);
-        EXPECT_EQ(code, 6) << name;
+        for (const char *malformed : {"{1}", "{\"a\", \"b\"}"}) {
+            tarvex_test::callLink(name, malformed, &code);
+            EXPECT_EQ(code, 6) << name << malformed;
+        }
     }
     EXPECT_EQ(readOneFrame(missing, 1).code, -2);
     EXPECT_EQ(readAllFrames(missing).code, -2);
@@ -123,42 +111,38 @@ TEST_F(Readers, ReturnTheirCodes) {
     EXPECT_EQ(clearCache(missing, &removed), 0);
     EXPECT_FALSE(removed);  // a file that cannot be opened is not cached
 
-    const std::string path = GifBuilder(1, 1).globalColors(kEight).image(solid(0, 0, 1, 1, 1)).write("one.gif");
+    const std::string path = oneRedPixel("one.gif");
     const Picture zero = readOneFrame(path, 0);
     EXPECT_EQ(zero.code, -1);
     EXPECT_FALSE(zero.written);
-    EXPECT_EQ(readOneFrame(path, 1).rows(), std::vector<std::string>{"R"});
+    EXPECT_EQ(readOneFrame(path, 1).rows(), Rows{"R"});
     EXPECT_EQ(readOneFrame(path, 2).code, -1);
     EXPECT_EQ(readAllFrames(path).rank, 2);  // a single frame is a 2-D image
 }
 
 TEST_F(Readers, CacheFilesByTheirExactNames) {
-    const std::string path = GifBuilder(1, 1).globalColors(kEight).image(solid(0, 0, 1, 1, 1)).write("cached.gif");
-    const std::string otherSpelling = (std::filesystem::path(path).parent_path() / "." / "cached.gif").string();
+    const std::string path = oneRedPixel("cached.gif");
+    const std::string otherSpelling = (std::filesystem::path(path).parent_path() / "./cached.gif").string();
     ASSERT_EQ(readOneFrame(path, 0).code, -1);  // loaded before the number is checked
     ASSERT_EQ(readOneFrame(otherSpelling, 1).code, 0);
 
     bool removed = false;
-    EXPECT_EQ(clearCache(path, &removed), 0);
-    EXPECT_TRUE(removed);
-    EXPECT_EQ(clearCache(path, &removed), 0);
-    EXPECT_FALSE(removed);
-    EXPECT_EQ(clearCache(otherSpelling, &removed), 0);
-    EXPECT_TRUE(removed);
-
-    RhValue result{};
-    result.kind = RH_BOOLEAN;
+    for (const auto &[name, wasCached] : {std::pair{path, true}, {path, false}, {otherSpelling, true}}) {
+        EXPECT_EQ(clearCache(name, &removed), 0);
+        EXPECT_EQ(removed, wasCached) << name;
+    }
+    RhValue result{RH_BOOLEAN, {}, 0};
     EXPECT_EQ(rh_call(tarvex_test::plugin(), "ClearCache", 0, nullptr, &result), 6);
     EXPECT_FALSE(result.written);
 }
 
 TEST_F(Readers, ServeACachedFileAfterItChangedOnDisk) {
-    const std::string path = GifBuilder(1, 1).globalColors(kEight).image(solid(0, 0, 1, 1, 1)).write("changing.gif");
-    ASSERT_EQ(readOneFrame(path, 1).rows(), std::vector<std::string>{"R"});
-    GifBuilder(1, 1).globalColors(kEight).image(solid(0, 0, 1, 1, 2)).write("changing.gif");
-    EXPECT_EQ(readOneFrame(path, 1).rows(), std::vector<std::string>{"R"});
+    const std::string path = oneRedPixel("changing.gif");
+    ASSERT_EQ(readOneFrame(path, 1).rows(), Rows{"R"});
+    oneRedPixel("changing.gif", 2);
+    EXPECT_EQ(readOneFrame(path, 1).rows(), Rows{"R"});
     clearCache(path);
-    EXPECT_EQ(readOneFrame(path, 1).rows(), std::vector<std::string>{"G"});
+    EXPECT_EQ(readOneFrame(path, 1).rows(), Rows{"G"});
     clearCache(path);
 }
 

@@ -16,6 +16,10 @@ namespace {
 using Rgba = std::array<std::uint8_t, 4>;
 using Canvas = std::vector<Rgba>;
 
+int below(std::mt19937 &random, int bound) {
+    return static_cast<int>(random() % static_cast<unsigned>(bound));
+}
+
 ColorTable randomColors(std::mt19937 &random, std::size_t count) {
     ColorTable colors(count);
     for (Rgb &c : colors)
@@ -25,25 +29,20 @@ ColorTable randomColors(std::mt19937 &random, std::size_t count) {
 }
 
 std::string randomAnimation(std::mt19937 &random, const std::string &name) {
-    const int width = 1 + static_cast<int>(random() % 9), height = 1 + static_cast<int>(random() % 9);
-    GifBuilder builder(width, height);
-    builder.globalColors(randomColors(random, 16), static_cast<int>(random() % 16));
-    const int frames = 1 + static_cast<int>(random() % 6);
-    for (int i = 0; i < frames; ++i) {
-        Image image;
-        image.width = 1 + static_cast<int>(random() % width);
-        image.height = 1 + static_cast<int>(random() % height);
-        image.left = static_cast<int>(random() % (width - image.width + 1));
-        image.top = static_cast<int>(random() % (height - image.height + 1));
-        const bool local = random() % 3 == 0;
-        if (local) image.localColors = randomColors(random, 4);
-        for (int p = 0; p < image.width * image.height; ++p)
-            image.indices.push_back(static_cast<std::uint8_t>(random() % (local ? 4 : 16)));
-        image.control = Control{static_cast<int>(random() % 50), static_cast<int>(random() % 4),
-                                random() % 2 ? static_cast<int>(random() % 4) : -1, false};
-        builder.image(image);
+    const int width = 1 + below(random, 9), height = 1 + below(random, 9);
+    RawGif gif(width, height, randomColors(random, 16), below(random, 16));
+    for (int frames = 1 + below(random, 6); frames > 0; --frames) {
+        const int w = 1 + below(random, width), h = 1 + below(random, height);
+        const int left = below(random, width - w + 1), top = below(random, height - h + 1);
+        const ColorTable local = below(random, 3) == 0 ? randomColors(random, 4) : ColorTable{};
+        std::vector<std::uint8_t> indices(static_cast<std::size_t>(w * h));
+        for (std::uint8_t &index : indices)
+            index = static_cast<std::uint8_t>(below(random, local.empty() ? 16 : 4));
+        const int disposal = below(random, 4), transparent = below(random, 2) ? below(random, 4) : -1;
+        gif.control(disposal, transparent, below(random, 50));
+        gif.image(left, top, w, h, indices, local);
     }
-    return builder.write(name);
+    return gif.write(name);
 }
 
 std::vector<Canvas> textbookFrames(const std::string &path) {
