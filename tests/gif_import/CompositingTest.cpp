@@ -95,5 +95,14 @@ TEST_F(Compositing, IndicesPastThePaletteLeaveThePixel) {
     EXPECT_EQ(frame.rows(), Rows{"GR"});
 }
 
+TEST_F(Compositing, InterlacedRowsArriveInImageOrder) {
+    // Five rows reach all four interlace passes (rows 0, 4, 2, then 1 and 3).
+    const std::string path =
+        RawGif(1, 5, kEight).image(0, 0, 1, 5, {1, 2, 3, 4, 5}, {}, true).write("interlaced.gif");
+    EXPECT_EQ(readOneFrame(path, 1).rows(), (Rows{"R", "G", "B", "W", "Y"}));
+    int code = 0;
+    EXPECT_EQ(linkAnswer("ReadRasterBits", path, &code), "{{{1}, {2}, {3}, {4}, {5}}}");
+}
+
 }  // namespace
 }  // namespace gif_test

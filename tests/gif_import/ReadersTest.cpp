@@ -1,8 +1,10 @@
 // The answers of the metadata, palette and raster readers, the codes of all
 // readers, and the rules of the decoded-file cache.
+#include <cstring>
 #include <filesystem>
 
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include "ImportCalls.h"
 
@@ -144,6 +146,33 @@ TEST_F(Readers, ServeACachedFileAfterItChangedOnDisk) {
     clearCache(path);
     EXPECT_EQ(readOneFrame(path, 1).rows(), Rows{"G"});
     clearCache(path);
+}
+
+// A second copy of the library is a second instance that was never
+// initialised: without the kernel's table it refuses before it reads an
+// argument or makes anything.
+TEST(UninitialisedReaders, RefuseWithoutTouchingAnything) {
+    const std::filesystem::path copy = std::filesystem::temp_directory_path() /
+                                       ("tarvex-import-uninit-" + std::to_string(::getpid()) + ".so");
+    std::filesystem::copy_file(TARVEX_PLUGIN_PATH, copy, std::filesystem::copy_options::overwrite_existing);
+    char error[512] = {};
+    RhPlugin *uninitialised = rh_plugin_load(copy.c_str(), error, sizeof error);
+    ASSERT_NE(uninitialised, nullptr) << error;
+    // A null file name, which the initialised instance reads as "": the
+    // refusal comes from the missing initialisation, not the arguments.
+    const RhValue args[2] = {{RH_NONE, {}, 0}, {RH_INTEGER, {.integer = 1}, 0}};
+    const RhCounters before = rh_counters();
+    for (const auto &[name, kind] : {std::pair{"ReadOneFrame", RH_IMAGE}, {"ReadAllFrames", RH_IMAGE},
+                                     {"ReadGlobalPalette", RH_TENSOR}, {"ClearCache", RH_BOOLEAN}}) {
+        RhValue result{kind, {}, 0};
+        EXPECT_NE(rh_call(tarvex_test::plugin(), name, 2, args, &result), 6) << name;
+        EXPECT_EQ(rh_call(uninitialised, name, 2, args, &result), 6) << name;
+        EXPECT_FALSE(result.written) << name;
+    }
+    const RhCounters after = rh_counters();
+    EXPECT_EQ(std::memcmp(&after, &before, sizeof after), 0) << "the host's books changed";
+    rh_plugin_unload(uninitialised);
+    std::filesystem::remove(copy);
 }
 
 }  // namespace

@@ -40,7 +40,7 @@ std::string randomAnimation(std::mt19937 &random, const std::string &name) {
             index = static_cast<std::uint8_t>(below(random, local.empty() ? 16 : 4));
         const int disposal = below(random, 4), transparent = below(random, 2) ? below(random, 4) : -1;
         gif.control(disposal, transparent, below(random, 50));
-        gif.image(left, top, w, h, indices, local);
+        gif.image(left, top, w, h, indices, local, below(random, 4) == 0);
     }
     return gif.write(name);
 }
