@@ -22,20 +22,18 @@ struct SampleTraits<signed char> {
     using Difference = int;
 };
 
-template <>
-struct SampleTraits<unsigned char> {
+// 8- and 16-bit samples: every value of their bits.
+template <typename T>
+struct UnsignedSampleTraits {
     static constexpr bool kFixedRange = true;
-    static constexpr unsigned char kMax = 255;
-    static constexpr std::uint32_t kSampleBits = 8;
+    static constexpr std::uint32_t kSampleBits = 8 * sizeof(T);
+    static constexpr T kMax = static_cast<T>((std::uint32_t{1} << kSampleBits) - 1);
     using Difference = int;
 };
 
 template <>
-struct SampleTraits<unsigned short> {
-    static constexpr bool kFixedRange = true;
-    static constexpr unsigned short kMax = 65535;
-    static constexpr std::uint32_t kSampleBits = 16;
-    using Difference = int;
-};
+struct SampleTraits<unsigned char> : UnsignedSampleTraits<unsigned char> {};
+template <>
+struct SampleTraits<unsigned short> : UnsignedSampleTraits<unsigned short> {};
 
 }  // namespace ColorUtilities

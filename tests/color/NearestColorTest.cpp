@@ -29,30 +29,21 @@ Color<T, N> colorOf(std::array<T, N + 1> samples) {
 
 using Rgb = std::array<unsigned char, 3>;
 
-TEST(NearestColor, EqualDistancesGoToTheNearerFirstDifferingChannelThenTheLowerIndex) {
+TEST(NearestColor, TiesDuplicatesAndSingleColours) {
+    const auto rgb = [](std::vector<Rgb> colors, Rgb target) {
+        return nearestColorIndex(paletteOf<unsigned char, 2>(colors),
+                                 colorOf<unsigned char, 2>(target));
+    };
     // (0,0,0) is 100 from both; the second is nearer in channel 0.
-    EXPECT_EQ(nearestColorIndex(paletteOf<unsigned char, 2>({Rgb{10, 0, 0}, Rgb{0, 10, 0}}),
-                                colorOf<unsigned char, 2>({0, 0, 0})),
-              1u);
-    // Halfway on channel 0 with equal channel differences: the lower index,
-    // whichever order the two are in.
-    EXPECT_EQ(nearestColorIndex(paletteOf<unsigned char, 2>({Rgb{0, 5, 5}, Rgb{10, 5, 5}}),
-                                colorOf<unsigned char, 2>({5, 5, 5})),
-              0u);
-    EXPECT_EQ(nearestColorIndex(paletteOf<unsigned char, 2>({Rgb{10, 5, 5}, Rgb{0, 5, 5}}),
-                                colorOf<unsigned char, 2>({5, 5, 5})),
-              0u);
+    EXPECT_EQ(rgb({{10, 0, 0}, {0, 10, 0}}, {0, 0, 0}), 1u);
+    // Halfway with equal channel differences: the lower index, in either order.
+    EXPECT_EQ(rgb({{0, 5, 5}, {10, 5, 5}}, {5, 5, 5}), 0u);
+    EXPECT_EQ(rgb({{10, 5, 5}, {0, 5, 5}}, {5, 5, 5}), 0u);
+    EXPECT_EQ(rgb({{1, 1, 1}, {9, 9, 9}, {1, 1, 1}}, {2, 3, 1}), 0u);
     // Real samples compare their differences in their own precision.
     EXPECT_EQ(nearestColorIndex(paletteOf<float, 1>({{0.5f, 0.0f}, {0.0f, 0.5f}}),
                                 colorOf<float, 1>({0.0f, 0.0f})),
               1u);
-}
-
-TEST(NearestColor, DuplicatesAndSingleColours) {
-    const auto duplicated = paletteOf<unsigned char, 2>({Rgb{1, 1, 1}, Rgb{9, 9, 9}, Rgb{1, 1, 1}});
-    EXPECT_EQ(nearestColorIndex(duplicated, colorOf<unsigned char, 2>({1, 1, 1})), 0u);
-    EXPECT_EQ(nearestColorIndex(duplicated, colorOf<unsigned char, 2>({2, 3, 1})), 0u);
-
     const auto single = paletteOf<unsigned short, 0>({{40000}});
     for (unsigned short v : {0, 40000, 65535})
         EXPECT_EQ(nearestColorIndex(single, colorOf<unsigned short, 0>({v})), 0u);
@@ -87,37 +78,35 @@ TEST(SortedSearch, SortsByMeanIntensityOnceAndIndexesTheNearestMean) {
     EXPECT_EQ(s.palette.colors[0][1], 30);
     EXPECT_EQ(s.palette.colors[2][0], 200);
     // Means 10, 100 and 200: the boundaries lie at 55 and 150.
-    EXPECT_EQ(s.index.entries()[54], 0u);
-    EXPECT_EQ(s.index.entries()[55], 1u);
-    EXPECT_EQ(s.index.entries()[149], 1u);
-    EXPECT_EQ(s.index.entries()[150], 2u);
-    EXPECT_EQ(s.index.entries()[255], 2u);
+    const std::uint32_t expected[][2] = {{54, 0}, {55, 1}, {149, 1}, {150, 2}, {255, 2}};
+    for (const auto &[value, position] : expected)
+        EXPECT_EQ(s.index.entries()[value], position) << value;
     EXPECT_EQ(s.pairs(0, 2), s.pairs(2, 0));
     EXPECT_EQ(s.pairs(1, 1), 0.0);
 }
 
-// One channel: the start is the nearest colour and nothing nearer exists, so
-// both searches agree except at exact midpoints.
-TEST(SortedSearch, AgreesWithTheExhaustiveSearchOnOneChannel) {
-    std::uint64_t state = 12345;
-    const auto next = [&] {
-        return state = state * 6364136223846793005ULL + 1442695040888963407ULL;
+// Greys on one channel, or on three (where the sum bound is exact): the
+// search starts at the nearest colour and nothing nearer exists, so both
+// searches find the same distance (the index may differ at exact midpoints).
+template <int N>
+void expectSortedAgreesOnGreys(std::uint64_t state) {
+    const auto next = [&] { return state = state * 6364136223846793005ULL + 1442695040888963407ULL; };
+    const auto grey = [](unsigned v) {
+        std::array<unsigned char, N + 1> c;
+        c.fill(static_cast<unsigned char>(v));
+        return c;
     };
-    for (int trial = 0; trial < 200; ++trial) {
-        std::vector<std::array<unsigned char, 1>> colors;
+    for (int trial = 0; trial < 100; ++trial) {
+        std::vector<std::array<unsigned char, N + 1>> colors;
         std::vector<bool> used(256, false);
-        const int size = 1 + static_cast<int>(next() >> 60);
-        while (static_cast<int>(colors.size()) < size) {
-            const auto v = static_cast<unsigned char>(next() >> 56);
-            if (!used[v]) colors.push_back({v}), used[v] = true;
+        for (int size = 1 + static_cast<int>(next() >> 60); int(colors.size()) < size;) {
+            const auto v = static_cast<unsigned>(next() >> 56);
+            if (!used[v]) colors.push_back(grey(v)), used[v] = true;
         }
-        SortedPalette<unsigned char, 0> s(paletteOf<unsigned char, 0>(colors));
-        for (int v = 0; v < 256; ++v) {
-            const auto target = colorOf<unsigned char, 0>({static_cast<unsigned char>(v)});
-            const std::uint32_t exhaustive = s.exhaustive(target);
-            const std::uint32_t sorted = s.sorted(target);
-            if (sorted == exhaustive) continue;
-            // Only an exact tie may differ, and then in index alone.
+        SortedPalette<unsigned char, N> s(paletteOf<unsigned char, N>(colors));
+        for (unsigned v = 0; v < 256; ++v) {
+            const auto target = colorOf<unsigned char, N>(grey(v));
+            const std::uint32_t sorted = s.sorted(target), exhaustive = s.exhaustive(target);
             EXPECT_EQ(colorDistance(target, s.palette.colors[sorted]),
                       colorDistance(target, s.palette.colors[exhaustive]))
                 << "value " << v;
@@ -125,44 +114,25 @@ TEST(SortedSearch, AgreesWithTheExhaustiveSearchOnOneChannel) {
     }
 }
 
-// Grey palettes and grey targets reduce three channels to one.
 TEST(SortedSearch, AgreesWithTheExhaustiveSearchOnGreys) {
-    const auto greys =
-        paletteOf<unsigned char, 2>({Rgb{250, 250, 250}, Rgb{3, 3, 3}, Rgb{77, 77, 77},
-                                     Rgb{128, 128, 128}, Rgb{190, 190, 190}});
-    SortedPalette<unsigned char, 2> s(greys);
-    for (int v = 0; v < 256; ++v) {
-        const auto g = static_cast<unsigned char>(v);
-        const auto target = colorOf<unsigned char, 2>({g, g, g});
-        if (v == 40 || v == 159 || v == 220) continue;  // midpoints
-        EXPECT_EQ(s.sorted(target), s.exhaustive(target)) << v;
-    }
+    expectSortedAgreesOnGreys<0>(12345);
+    expectSortedAgreesOnGreys<2>(54321);
 }
 
-// 16-bit differences beyond the 8-bit table of squares are squared exactly:
-// from (250, 0) the second colour is nearer only through its difference 260.
-TEST(SortedSearch, SquaresDifferencesBeyondTheTable) {
+TEST(SortedSearch, KnownDepartures) {
+    // 16-bit differences beyond the 8-bit table of squares are squared
+    // exactly: from (250, 0) the second colour is nearer only through 260.
     SortedPalette<unsigned short, 1> wide(paletteOf<unsigned short, 1>({{0, 250}, {250, 260}}));
-    const auto target = colorOf<unsigned short, 1>({250, 0});
-    EXPECT_EQ(wide.sorted(target), 1u);
-    EXPECT_EQ(wide.exhaustive(target), 1u);
-}
-
-// The intensity bound uses the factor 3 whatever the channel count, so with
-// four channels it can stop a cursor short of a nearer colour.
-TEST(SortedSearch, FourChannelsMayStopShortOfTheNearestColour) {
-    using Cmyk = std::array<unsigned char, 4>;
-    // From (100,100,100,100): the first is 441 away and has the nearer mean,
-    // the second is 400 away but its channel sum differs by 40 (1600 > 3 * 441).
-    SortedPalette<unsigned char, 3> s(
-        paletteOf<unsigned char, 3>({Cmyk{100, 100, 100, 121}, Cmyk{110, 110, 110, 110}}));
+    EXPECT_EQ(wide.sorted(colorOf<unsigned short, 1>({250, 0})), 1u);
+    // The intensity bound uses the factor 3 whatever the channel count: from
+    // (100,100,100,100) the first is 441 away and has the nearer mean, the
+    // second is 400 away but its channel sum differs by 40 (1600 > 3 * 441).
+    SortedPalette<unsigned char, 3> cmyk(paletteOf<unsigned char, 3>(
+        {{100, 100, 100, 121}, {110, 110, 110, 110}}));
     const auto target = colorOf<unsigned char, 3>({100, 100, 100, 100});
-    EXPECT_EQ(s.exhaustive(target), 1u);
-    EXPECT_EQ(s.sorted(target), 0u);
-}
-
-// The start table covers mean intensities 0..255 only.
-TEST(SortedSearch, RealMeansOutsideTheTableAreOutOfRange) {
+    EXPECT_EQ(cmyk.exhaustive(target), 1u);
+    EXPECT_EQ(cmyk.sorted(target), 0u);
+    // The start table covers mean intensities 0..255 only.
     SortedPalette<double, 2> s(paletteOf<double, 2>({{0.0, 0.0, 0.0}, {300.0, 300.0, 300.0}}));
     EXPECT_EQ(s.sorted(colorOf<double, 2>({255.4, 255.0, 255.0})), 1u);
     EXPECT_THROW(s.sorted(colorOf<double, 2>({256.0, 256.0, 255.0})), std::out_of_range);

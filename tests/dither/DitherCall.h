@@ -1,71 +1,43 @@
-// Building DitherImage's arguments in the reference host and calling it.
+// Calling DitherImage in the reference host, on deterministic inputs for
+// every element type.
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 #include <cstring>
 #include <string>
+#include <type_traits>
 #include <vector>
 
 #include <gtest/gtest.h>
 
 #include "Plugin.h"
+#include "host/ElementTypes.h"
 
 namespace dither_test {
-
-template <typename T>
-struct HostTypes;
-template <>
-struct HostTypes<signed char> {
-    static constexpr MImage_Data_Type kImage = MImage_Type_Bit;
-    static constexpr MRawArray_Data_Type kRaw = MRawArray_Type_Bit8;
-};
-template <>
-struct HostTypes<unsigned char> {
-    static constexpr MImage_Data_Type kImage = MImage_Type_Bit8;
-    static constexpr MRawArray_Data_Type kRaw = MRawArray_Type_UBit8;
-};
-template <>
-struct HostTypes<unsigned short> {
-    static constexpr MImage_Data_Type kImage = MImage_Type_Bit16;
-    static constexpr MRawArray_Data_Type kRaw = MRawArray_Type_UBit16;
-};
-template <>
-struct HostTypes<float> {
-    static constexpr MImage_Data_Type kImage = MImage_Type_Real32;
-    static constexpr MRawArray_Data_Type kRaw = MRawArray_Type_Real32;
-};
-template <>
-struct HostTypes<double> {
-    static constexpr MImage_Data_Type kImage = MImage_Type_Real64;
-    static constexpr MRawArray_Data_Type kRaw = MRawArray_Type_Real64;
-};
 
 inline QuorbelImageFunctions images() { return rh_library_data(RH_TABLE_FULL)->imageFunctions; }
 inline QuorbelRawArrayFunctions rawArrays() {
     return rh_library_data(RH_TABLE_FULL)->rawArrayFunctions;
 }
 
-// Host objects freed at the end of a test's scope.
-struct OwnedImage {
-    MImage handle = nullptr;
-    OwnedImage() = default;
-    explicit OwnedImage(MImage h) : handle(h) {}
-    OwnedImage(const OwnedImage &) = delete;
-    OwnedImage &operator=(const OwnedImage &) = delete;
-    ~OwnedImage() {
-        if (handle != nullptr) images()->free(handle);
+// A host image or raw array freed at the end of a test's scope.
+template <typename Handle>
+struct Owned {
+    Handle handle = nullptr;
+    explicit Owned(Handle h = nullptr) : handle(h) {}
+    Owned(const Owned &) = delete;
+    Owned &operator=(const Owned &) = delete;
+    ~Owned() {
+        if (handle == nullptr) return;
+        if constexpr (std::is_same_v<Handle, MImage>)
+            images()->free(handle);
+        else
+            rawArrays()->free(handle);
     }
 };
-
-struct OwnedRawArray {
-    MRawArray handle = nullptr;
-    explicit OwnedRawArray(MRawArray h) : handle(h) {}
-    OwnedRawArray(const OwnedRawArray &) = delete;
-    OwnedRawArray &operator=(const OwnedRawArray &) = delete;
-    ~OwnedRawArray() {
-        if (handle != nullptr) rawArrays()->free(handle);
-    }
-};
+using OwnedImage = Owned<MImage>;
+using OwnedRawArray = Owned<MRawArray>;
 
 struct ImageShape {
     mint slices;  // 0 or less: a 2-D image
@@ -75,11 +47,11 @@ struct ImageShape {
 };
 
 template <typename T>
-MImage newImage(const ImageShape &shape, const std::vector<T> &samples,
-                MImage_CS_Type colorSpace = MImage_CS_Automatic, bool interleaved = true) {
+MImage newImage(const ImageShape &shape, const std::vector<T> &samples) {
     MImage image = nullptr;
     EXPECT_EQ(rh_image_new(shape.slices, shape.width, shape.height, shape.channels,
-                           HostTypes<T>::kImage, colorSpace, interleaved, 0, &image),
+                           OstrelUtils::ElementType<T>::kImageType, MImage_CS_Automatic, 1, 0,
+                           &image),
               0);
     if (image != nullptr && !samples.empty())
         std::memcpy(images()->getRawData(image), samples.data(), samples.size() * sizeof(T));
@@ -87,12 +59,11 @@ MImage newImage(const ImageShape &shape, const std::vector<T> &samples,
 }
 
 template <typename T>
-MRawArray newRawArray(const std::vector<mint> &dimensions, const std::vector<T> &elements,
-                      MRawArray_Data_Type type = HostTypes<T>::kRaw) {
+MRawArray newRawArray(const std::vector<mint> &dimensions, const std::vector<T> &elements) {
     MRawArray array = nullptr;
-    EXPECT_EQ(
-        rawArrays()->create(type, static_cast<mint>(dimensions.size()), dimensions.data(), &array),
-        0);
+    EXPECT_EQ(rawArrays()->create(OstrelUtils::ElementType<T>::kRawArrayType,
+                                  static_cast<mint>(dimensions.size()), dimensions.data(), &array),
+              0);
     if (array != nullptr && !elements.empty())
         std::memcpy(rawArrays()->getData(array), elements.data(), elements.size() * sizeof(T));
     return array;
@@ -162,5 +133,29 @@ public:
 private:
     std::uint64_t state_;
 };
+
+// Samples over the whole range of the integer types. Real samples spill a
+// little outside 0..1 and their range grows with the slice, so that each
+// slice has its own bounds. A colour map is an image of one row.
+template <typename T>
+std::vector<T> randomSamples(Random &random, const ImageShape &shape) {
+    std::vector<T> samples;
+    const auto perSlice = static_cast<std::size_t>(shape.width * shape.height * shape.channels);
+    for (mint s = 0; s < std::max<mint>(shape.slices, 1); ++s)
+        for (std::size_t i = 0; i < perSlice; ++i) {
+            if constexpr (std::is_floating_point_v<T>)
+                samples.push_back(static_cast<T>((random.uniform() * 1.4 - 0.2) * double(1 + s)));
+            else if constexpr (std::is_same_v<T, signed char>)
+                samples.push_back(static_cast<T>(random.below(2)));
+            else
+                samples.push_back(static_cast<T>(random.below(std::uint32_t{1} << (8 * sizeof(T)))));
+        }
+    return samples;
+}
+
+template <typename T>
+std::vector<T> randomColorMap(Random &random, int colors, int channels) {
+    return randomSamples<T>(random, {0, colors, 1, channels});
+}
 
 }  // namespace dither_test

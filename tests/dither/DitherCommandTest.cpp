@@ -24,35 +24,26 @@ namespace fs = std::filesystem;
 using namespace tarvex_cli;
 
 std::string contents(const fs::path &file) {
-    std::ifstream in(file, std::ios::binary);
     std::ostringstream text;
-    text << in.rdbuf();
+    text << std::ifstream(file, std::ios::binary).rdbuf();
     return text.str();
 }
 
-struct Pixels {
-    mint width = 0, height = 0, channels = 0;
-    std::vector<std::uint8_t> samples;
-    // Colours packed one byte a channel.
-    std::set<std::uint32_t> colors() const {
-        std::set<std::uint32_t> distinct;
-        for (std::size_t i = 0; i < samples.size(); i += channels) {
-            std::uint32_t packed = 0;
-            for (mint k = 0; k < channels; ++k) packed = packed << 8 | samples[i + k];
-            distinct.insert(packed);
-        }
-        return distinct;
-    }
-};
-
-Pixels readPixels(const std::string &path) {
+// The distinct colours of a PNG, packed one byte a channel.
+std::set<std::uint32_t> colorsOf(const std::string &path) {
     MImage image = readPng(path);
     const QuorbelImageFunctions f = hostTable()->imageFunctions;
-    Pixels p{f->getColumnCount(image), f->getRowCount(image), f->getChannels(image), {}};
-    const auto *data = static_cast<const std::uint8_t *>(f->getRawData(image));
-    p.samples.assign(data, data + p.width * p.height * p.channels);
+    const mint channels = f->getChannels(image);
+    const mint size = f->getColumnCount(image) * f->getRowCount(image) * channels;
+    const auto *samples = static_cast<const std::uint8_t *>(f->getRawData(image));
+    std::set<std::uint32_t> distinct;
+    for (mint i = 0; i < size; i += channels) {
+        std::uint32_t packed = 0;
+        for (mint k = 0; k < channels; ++k) packed = packed << 8 | samples[i + k];
+        distinct.insert(packed);
+    }
     f->free(image);
-    return p;
+    return distinct;
 }
 
 class DitherCommand : public ::testing::Test {
@@ -65,7 +56,7 @@ protected:
 
     std::string path(const std::string &name) const { return (directory_ / name).string(); }
 
-    // The exit status; the error output is kept in errors_.
+    // The exit status; the outputs are kept in output_ and errors_.
     int tool(const std::vector<std::string> &args) {
         std::string command =
             std::string("'") + TARVEX_TOOL_PATH + "' --plugin '" TARVEX_PLUGIN_PATH "'";
@@ -77,12 +68,12 @@ protected:
         return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
     }
 
-    std::string samplePicture(const std::string &name, int width, int height) {
-        EXPECT_EQ(tool({"sample-image", path(name), "--width", std::to_string(width), "--height",
-                        std::to_string(height)}),
+    std::string samplePicture(int width, int height) {
+        EXPECT_EQ(tool({"sample-image", path("in.png"), "--width", std::to_string(width),
+                        "--height", std::to_string(height)}),
                   0)
             << errors_;
-        return path(name);
+        return path("in.png");
     }
 
     fs::path directory_;
@@ -90,14 +81,14 @@ protected:
 };
 
 TEST_F(DitherCommand, MapsToTheGivenColoursOnly) {
-    const std::string picture = samplePicture("in.png", 40, 30);
+    const std::string picture = samplePicture(40, 30);
     const std::set<std::uint32_t> palette = {0x000000, 0xffffff, 0xff0000, 0x008000};
     for (const char *method : {"none", "floyd-steinberg"}) {
         ASSERT_EQ(tool({"dither", picture, "-o", path("out.png"), "--palette",
                         "#000000,#ffffff,#ff0000,#008000", "--method", method}),
                   0)
             << errors_;
-        const auto colors = readPixels(path("out.png")).colors();
+        const auto colors = colorsOf(path("out.png"));
         EXPECT_TRUE(std::includes(palette.begin(), palette.end(), colors.begin(), colors.end()));
     }
 }
@@ -105,12 +96,12 @@ TEST_F(DitherCommand, MapsToTheGivenColoursOnly) {
 // A palette image holds every colour of its own dithering, which therefore
 // comes back unchanged; text files take both colour forms.
 TEST_F(DitherCommand, PalettesFromFiles) {
-    const std::string picture = samplePicture("in.png", 40, 30);
+    const std::string picture = samplePicture(40, 30);
     std::ofstream(path("palette.txt")) << "#102030\n\n255,255,255\n  0,0,0  \n";
     ASSERT_EQ(tool({"dither", picture, "-o", path("once.png"), "--palette", path("palette.txt")}),
               0)
         << errors_;
-    EXPECT_EQ(readPixels(path("once.png")).colors().size(), 3u);
+    EXPECT_EQ(colorsOf(path("once.png")).size(), 3u);
     ASSERT_EQ(
         tool({"dither", path("once.png"), "-o", path("twice.png"), "--palette", path("once.png")}),
         0)
@@ -140,14 +131,17 @@ TEST_F(DitherCommand, RealSamplesThroughRawFiles) {
 }
 
 TEST_F(DitherCommand, RefusesWhatCannotBeDithered) {
-    const std::string picture = samplePicture("in.png", 8, 8);
-    EXPECT_EQ(tool({"dither", picture, "-o", path("x.png"), "--palette", "#0000,#ffff"}), 1);
+    const std::string picture = samplePicture(8, 8);
+    const auto dither = [&](std::vector<std::string> more) {
+        more.insert(more.begin(), {"dither", picture});
+        return tool(more);
+    };
+    EXPECT_EQ(dither({"-o", path("x.png"), "--palette", "#0000,#ffff"}), 1);
     EXPECT_NE(errors_.find("3 channels"), std::string::npos) << errors_;
-    EXPECT_EQ(tool({"dither", picture, "-o", path("x.png"), "--palette", "#000000", "--method",
-                    "FloydSteinberg"}),
+    EXPECT_EQ(dither({"-o", path("x.png"), "--palette", "#000000", "--method", "FloydSteinberg"}),
               2);
-    EXPECT_EQ(tool({"dither", picture, "--palette", "#000000"}), 2);
-    EXPECT_EQ(tool({"dither", picture, "-o", path("x.png"), "--palette", "300,0,0"}), 1);
+    EXPECT_EQ(dither({"--palette", "#000000"}), 2);
+    EXPECT_EQ(dither({"-o", path("x.png"), "--palette", "300,0,0"}), 1);
 }
 
 }  // namespace

@@ -10,24 +10,25 @@
 #include <gtest/gtest.h>
 
 #include "DitherCall.h"
-#include "TestImages.h"
 
 namespace {
 
 using namespace dither_test;
 
+std::uint64_t fnv1a(const void *data, std::size_t size) {
+    std::uint64_t hash = 0xcbf29ce484222325ULL;
+    const auto *bytes = static_cast<const unsigned char *>(data);
+    for (std::size_t i = 0; i < size; ++i) hash = (hash ^ bytes[i]) * 0x100000001b3ULL;
+    return hash;
+}
+
 template <typename T>
-const char *typeName() {
-    if constexpr (std::is_same_v<T, signed char>)
-        return "bit";
-    else if constexpr (std::is_same_v<T, unsigned char>)
-        return "byte";
-    else if constexpr (std::is_same_v<T, unsigned short>)
-        return "bit16";
-    else if constexpr (std::is_same_v<T, float>)
-        return "real32";
-    else
-        return "real64";
+std::string typeName() {
+    if constexpr (std::is_same_v<T, signed char>) return "bit";
+    if constexpr (std::is_same_v<T, unsigned char>) return "byte";
+    if constexpr (std::is_same_v<T, unsigned short>) return "bit16";
+    if constexpr (std::is_same_v<T, float>) return "real32";
+    return "real64";
 }
 
 // Seeded per case so that each case's input stays the same whatever others do.
@@ -37,9 +38,9 @@ std::uint64_t checksumOf(const char *method, bool threeD) {
     Random random(fnv1a(name.data(), name.size()) ^ (N * 7919) ^ (threeD ? 1 : 0));
     const ImageShape shape{threeD ? 3 : 0, 29, 17, N + 1};
     const int paletteSize = std::is_same_v<T, signed char> ? 3 : 12;
-    OwnedImage image(newImage<T>(shape, randomImageSamples<T>(random, shape)));
+    OwnedImage image(newImage<T>(shape, randomSamples<T>(random, shape)));
     OwnedRawArray map(
-        newRawArray<T>({paletteSize, N + 1}, randomPaletteSamples<T>(random, paletteSize, N + 1)));
+        newRawArray<T>({paletteSize, N + 1}, randomColorMap<T>(random, paletteSize, N + 1)));
     MImage answer = nullptr;
     EXPECT_EQ(callDitherImage({image.handle, map.handle, method}, &answer), 0);
     OwnedImage result(answer);
@@ -48,14 +49,7 @@ std::uint64_t checksumOf(const char *method, bool threeD) {
     return fnv1a(samples.data(), samples.size() * sizeof(T));
 }
 
-using Key = std::string;
-
-Key keyOf(const char *type, int channels, const char *method, bool threeD) {
-    return std::string(type) + "/" + std::to_string(channels) + "/" + method +
-           (threeD ? "/3D" : "/2D");
-}
-
-const std::map<Key, std::uint64_t> kGolden = {
+const std::map<std::string, std::uint64_t> kGolden = {
 #include "DitherGolden.inc"
 };
 
@@ -65,16 +59,15 @@ TEST(DitherImageGolden, EveryInstantiationBothMethodsTwoAndThreeDimensions) {
     forEachInstantiation([&]<typename T, int N>() {
         for (const char *method : {"None", "FloydSteinberg"})
             for (const bool threeD : {false, true}) {
-                const Key key = keyOf(typeName<T>(), N + 1, method, threeD);
+                const std::string key = typeName<T>() + "/" + std::to_string(N + 1) + "/" +
+                                        method + (threeD ? "/3D" : "/2D");
                 const std::uint64_t sum = checksumOf<T, N>(method, threeD);
                 if (print)
                     std::printf("    {\"%s\", 0x%016llxULL},\n", key.c_str(),
                                 static_cast<unsigned long long>(sum));
                 const auto golden = kGolden.find(key);
-                if (golden == kGolden.end())
-                    ADD_FAILURE() << "no checksum for " << key;
-                else
-                    EXPECT_EQ(sum, golden->second) << key;
+                ASSERT_NE(golden, kGolden.end()) << "no checksum for " << key;
+                EXPECT_EQ(sum, golden->second) << key;
             }
     });
 }
