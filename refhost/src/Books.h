@@ -41,11 +41,25 @@ public:
         if (handle != nullptr && live_.erase(handle) == 0) ++tallies().badHandles;
     }
 
+    // What `read` makes of the live object, or `neutral` for any other handle.
+    template <class Answer, class Read>
+    Answer query(const void *handle, Answer neutral, Read read) {
+        const Object *object = find(handle);
+        return object != nullptr ? read(*object) : neutral;
+    }
+
     bool contains(const void *handle) const { return live_.count(handle) != 0; }
     long size() const { return static_cast<long>(live_.size()); }
 
 private:
     std::unordered_map<const void *, std::unique_ptr<Object>> live_;
 };
+
+// The one registry of each kind of object.
+template <class Object>
+Registry<Object> &registryOf() {
+    static Registry<Object> live;
+    return live;
+}
 
 }  // namespace refhost

@@ -29,10 +29,7 @@ struct ImageObject : ImageShape {
     std::unique_ptr<std::byte[]> data;
 };
 
-Registry<ImageObject> &images() {
-    static Registry<ImageObject> live;
-    return live;
-}
+Registry<ImageObject> &images() { return registryOf<ImageObject>(); }
 
 ImageObject *lookUp(MImage image) { return images().find(image); }
 
@@ -115,8 +112,7 @@ void freeImage(MImage image) { images().remove(image); }
 // Every query answers neutrally for a handle that is not a live image.
 template <class Answer, class Read>
 Answer query(MImage image, Answer neutral, Read read) {
-    const ImageObject *object = lookUp(image);
-    return object != nullptr ? read(*object) : neutral;
+    return images().query(image, neutral, read);
 }
 
 MImage_Data_Type getDataType(MImage image) {
@@ -146,10 +142,7 @@ mbool interleavedQ(MImage image) {
 MImage_CS_Type getColorSpace(MImage image) {
     return query(image, MImage_CS_Automatic, [](const ImageObject &i) { return i.colorSpace; });
 }
-void *getRawData(MImage image) {
-    return query(image, static_cast<void *>(nullptr),
-                 [](const ImageObject &i) { return static_cast<void *>(i.data.get()); });
-}
+void *getRawData(MImage image) { return query(image, static_cast<void *>(nullptr), dataOf); }
 
 }  // namespace
 

@@ -3,8 +3,12 @@
 
 #include <cstddef>
 #include <initializer_list>
+#include <memory>
+#include <new>
 #include <optional>
+#include <vector>
 
+#include "Books.h"
 #include "quorbel/QuorbelLibrary.h"
 
 namespace refhost {
@@ -30,5 +34,53 @@ inline std::optional<std::size_t> checkedProduct(std::initializer_list<std::size
         if (__builtin_mul_overflow(product, factor, &product)) return std::nullopt;
     return product;
 }
+
+// The buffer of an image or raw array, as the table hands it out.
+inline constexpr auto dataOf = [](const auto &object) { return static_cast<void *>(object.data.get()); };
+
+// What raw arrays and tensors have in common: dimensions and a zero-filled
+// buffer of their product in elements.
+struct ArrayBlock {
+    std::vector<mint> dimensions;
+    mint flattenedLength = 0;
+    std::unique_ptr<std::byte[]> data;
+};
+
+// Gives `array` its dimensions and buffer, then hands it out; a dimension
+// below `smallest` is refused. The caller has checked type and rank.
+template <class Object, class Handle>
+int addArray(std::unique_ptr<Object> array, mint rank, const mint *dimensions, std::size_t elementSize,
+             mint smallest, Handle *result) {
+    if (rank > 0 && dimensions == nullptr) return QUORBEL_DIMENSION_ERROR;
+    std::size_t bytes = elementSize;
+    for (mint i = 0; i < rank; ++i) {
+        if (dimensions[i] < smallest) return QUORBEL_DIMENSION_ERROR;
+        const auto grown = checkedProduct({bytes, std::size_t(dimensions[i])});
+        if (!grown) return QUORBEL_MEMORY_ERROR;
+        bytes = *grown;
+        array->dimensions.push_back(dimensions[i]);
+    }
+    array->flattenedLength = static_cast<mint>(bytes / elementSize);
+    array->data.reset(new (std::nothrow) std::byte[bytes]());
+    if (array->data == nullptr) return QUORBEL_MEMORY_ERROR;
+    *result = static_cast<Handle>(const_cast<void *>(registryOf<Object>().add(std::move(array))));
+    return QUORBEL_NO_ERROR;
+}
+
+// The shape queries of one kind of array; an unknown handle answers neutrally.
+template <class Object, class Handle>
+struct BlockQueries {
+    static mint rank(Handle handle) {
+        return registryOf<Object>().query(handle, mint{0},
+                                          [](const ArrayBlock &b) { return static_cast<mint>(b.dimensions.size()); });
+    }
+    static const mint *dimensions(Handle handle) {
+        return registryOf<Object>().query(handle, static_cast<const mint *>(nullptr),
+                                          [](const ArrayBlock &b) { return b.dimensions.data(); });
+    }
+    static mint flattenedLength(Handle handle) {
+        return registryOf<Object>().query(handle, mint{0}, [](const ArrayBlock &b) { return b.flattenedLength; });
+    }
+};
 
 }  // namespace refhost
