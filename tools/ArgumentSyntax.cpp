@@ -96,7 +96,7 @@ RawArrayValue rawArray(std::string_view text) {
     auto type = findRawElementType(text.substr(0, colon));
     if (!type) throw invalid("unknown raw-array element type '" + std::string(text.substr(0, colon)) + "'");
     auto append = [id = type->id](std::string_view token, std::vector<std::byte> &out) { appendElement(id, token, out); };
-    return {type->id, arrayElements(text.substr(colon + 1), type->size, "raw:" + std::string(type->shortName) + ":", append)};
+    return {type->id, arrayElements(text.substr(colon + 1), type->size(), "raw:" + std::string(type->shortName) + ":", append)};
 }
 
 // tensor:int:{...}, tensor:real:@FILE[:dims=...]

@@ -8,6 +8,7 @@
 #include "HostTable.h"
 #include "ImageFiles.h"
 #include "RawSampleFile.h"
+#include "refhost/refhost.hpp"
 
 namespace tarvex_cli {
 namespace {
@@ -84,14 +85,6 @@ DitherOptions parseOptions(const std::vector<std::string> &args) {
     return options;
 }
 
-// Frees a host image at the end of a scope.
-struct HostImage {
-    MImage handle;
-    ~HostImage() {
-        if (handle != nullptr) hostTable()->imageFunctions->free(handle);
-    }
-};
-
 MImage dither(MImage image, MRawArray colorMap, const std::string &method) {
     const RhValue args[5] = {{RH_IMAGE, {.image = image}, 0},
                              {RH_RAW_ARRAY, {.rawArray = colorMap}, 0},
@@ -107,26 +100,18 @@ MImage dither(MImage image, MRawArray colorMap, const std::string &method) {
 int runDither(const std::vector<std::string> &args) {
     const DitherOptions options = parseOptions(args);
     const auto colors = readDitherPalette(options.palette);
-    const HostImage input{options.layout ? readRawImage(options.input, *options.layout) : readPng(options.input)};
+    const rh::Image input(options.layout ? readRawImage(options.input, *options.layout) : readPng(options.input));
     const QuorbelImageFunctions images = hostTable()->imageFunctions;
-    if (images->alphaChannelQ(input.handle))
+    if (images->alphaChannelQ(input.get()))
         throw CliError(options.input + " has an alpha channel; only opaque images can be dithered");
-    const MRawArray colorMap =
-        makeColorMap(colors, images->getDataType(input.handle), images->getChannels(input.handle));
-    MImage dithered = nullptr;
-    try {
-        dithered = dither(input.handle, colorMap, options.method);
-    } catch (...) {
-        hostTable()->rawArrayFunctions->free(colorMap);
-        throw;
-    }
-    hostTable()->rawArrayFunctions->free(colorMap);
-    const HostImage result{dithered};
+    const rh::RawArray colorMap(
+        makeColorMap(colors, images->getDataType(input.get()), images->getChannels(input.get())));
+    const rh::Image result(dither(input.get(), colorMap.get(), options.method));
     if (options.layout) {
-        writeRawImage(result.handle, options.output);
-        std::printf("%s\n", formatRawImageLayout(layoutOf(result.handle)).c_str());
+        writeRawImage(result.get(), options.output);
+        std::printf("%s\n", formatRawImageLayout(layoutOf(result.get())).c_str());
     } else {
-        writePng(result.handle, 0, options.output);
+        writePng(result.get(), 0, options.output);
     }
     return 0;
 }

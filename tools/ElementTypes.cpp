@@ -12,18 +12,13 @@ namespace tarvex_cli {
 namespace {
 
 const std::vector<RawElementType> kRawTypes = {
-    {MRawArray_Type_Bit8, "int8", "Integer8", 1},
-    {MRawArray_Type_UBit8, "uint8", "UnsignedInteger8", 1},
-    {MRawArray_Type_Bit16, "int16", "Integer16", 2},
-    {MRawArray_Type_UBit16, "uint16", "UnsignedInteger16", 2},
-    {MRawArray_Type_Bit32, "int32", "Integer32", 4},
-    {MRawArray_Type_UBit32, "uint32", "UnsignedInteger32", 4},
-    {MRawArray_Type_Bit64, "int64", "Integer64", 8},
-    {MRawArray_Type_UBit64, "uint64", "UnsignedInteger64", 8},
-    {MRawArray_Type_Real32, "real32", "Real32", 4},
-    {MRawArray_Type_Real64, "real64", "Real64", 8},
-    {MRawArray_Type_Complex_Real32, "complex-real32", "ComplexReal32", 8},
-    {MRawArray_Type_Complex_Real64, "complex-real64", "ComplexReal64", 16},
+    {MRawArray_Type_Bit8, "int8", "Integer8"},       {MRawArray_Type_UBit8, "uint8", "UnsignedInteger8"},
+    {MRawArray_Type_Bit16, "int16", "Integer16"},    {MRawArray_Type_UBit16, "uint16", "UnsignedInteger16"},
+    {MRawArray_Type_Bit32, "int32", "Integer32"},    {MRawArray_Type_UBit32, "uint32", "UnsignedInteger32"},
+    {MRawArray_Type_Bit64, "int64", "Integer64"},    {MRawArray_Type_UBit64, "uint64", "UnsignedInteger64"},
+    {MRawArray_Type_Real32, "real32", "Real32"},     {MRawArray_Type_Real64, "real64", "Real64"},
+    {MRawArray_Type_Complex_Real32, "complex-real32", "ComplexReal32"},
+    {MRawArray_Type_Complex_Real64, "complex-real64", "ComplexReal64"},
 };
 
 std::invalid_argument badElement(std::string_view token, std::string_view typeName) {

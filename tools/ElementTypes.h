@@ -6,7 +6,7 @@
 #include <string_view>
 #include <vector>
 
-#include "quorbel/QuorbelTypes.h"
+#include "refhost/refhost.h"
 
 namespace tarvex_cli {
 
@@ -16,7 +16,7 @@ struct RawElementType {
     MRawArray_Data_Type id;
     const char *shortName;   // on the command line: "uint8"
     const char *kernelName;  // in printed results: "UnsignedInteger8"
-    std::size_t size;        // bytes per element
+    std::size_t size() const { return rh_raw_array_element_size(id); }  // bytes per element
 };
 
 // Accepts the short name, the kernel's name or the type number.

@@ -6,6 +6,7 @@
 #include "HostTable.h"
 #include "ImageFiles.h"
 #include "ImportQueries.h"
+#include "refhost/refhost.hpp"
 
 namespace tarvex_cli {
 namespace {
@@ -71,14 +72,8 @@ std::string writeFrame(const Options &options, long number) {
     char name[32];
     std::snprintf(name, sizeof name, "frame-%03ld.png", number);
     const std::string path = (std::filesystem::path(options.directory) / name).string();
-    MImage image = result.value.image;
-    try {
-        writePng(image, 0, path);
-    } catch (...) {
-        hostTable()->imageFunctions->free(image);
-        throw;
-    }
-    hostTable()->imageFunctions->free(image);
+    const rh::Image image(result.value.image);
+    writePng(image.get(), 0, path);
     return path;
 }
 

@@ -1,11 +1,21 @@
 #include "GifSummary.h"
 
+#include <tuple>
+#include <utility>
+
 #include "ImportQueries.h"
 
 namespace tarvex_cli {
 namespace {
 
 long integerAt(const RhExpr *list, std::size_t i) { return static_cast<long>(rh_expr_integer(rh_expr_part(list, i))); }
+long integerRule(const RhExpr *rules, const char *key) { return static_cast<long>(rh_expr_integer(ruleValue(rules, key))); }
+
+// The two integers of a {x, y} value, such as a size or an offset.
+std::pair<long, long> integerPair(const RhExpr *rules, const char *key) {
+    const RhExpr *pair = ruleValue(rules, key);
+    return {integerAt(pair, 0), integerAt(pair, 1)};
+}
 
 std::vector<std::string> commentsOf(const RhExpr *value) {
     if (isSymbol(value, "None")) return {};
@@ -19,10 +29,8 @@ std::vector<std::string> commentsOf(const RhExpr *value) {
 }
 
 void readFileFacts(const RhExpr *rules, GifFacts &facts) {
-    const RhExpr *size = ruleValue(rules, "ImageSize");
-    facts.width = integerAt(size, 0);
-    facts.height = integerAt(size, 1);
-    facts.frameCount = static_cast<long>(rh_expr_integer(ruleValue(rules, "ImageCount")));
+    std::tie(facts.width, facts.height) = integerPair(rules, "ImageSize");
+    facts.frameCount = integerRule(rules, "ImageCount");
     facts.background = rgbBytes(ruleValue(rules, "Background"));
     const RhExpr *repetitions = ruleValue(rules, "AnimationRepetitions");
     if (!isSymbol(repetitions, "Infinity")) facts.repetitions = static_cast<long>(rh_expr_integer(repetitions));
@@ -31,13 +39,9 @@ void readFileFacts(const RhExpr *rules, GifFacts &facts) {
 
 GifFrameFacts frameFacts(const RhExpr *rules) {
     GifFrameFacts frame;
-    const RhExpr *size = ruleValue(rules, "ImageSize");
-    frame.width = integerAt(size, 0);
-    frame.height = integerAt(size, 1);
-    const RhExpr *offset = ruleValue(rules, "ImageOffset");
-    frame.left = integerAt(offset, 0);
-    frame.top = integerAt(offset, 1);
-    frame.channels = static_cast<long>(rh_expr_integer(ruleValue(rules, "Channels")));
+    std::tie(frame.width, frame.height) = integerPair(rules, "ImageSize");
+    std::tie(frame.left, frame.top) = integerPair(rules, "ImageOffset");
+    frame.channels = integerRule(rules, "Channels");
     frame.transparentColor = rgbBytes(ruleValue(rules, "TransparentColor"));
     const RhExpr *disposal = ruleValue(rules, "DisposalOperation");
     if (rh_expr_kind(disposal) == RH_EXPR_STRING) frame.disposal = rh_expr_text(disposal);

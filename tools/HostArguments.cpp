@@ -47,7 +47,7 @@ CliError creationFailed(const char *what, int code) {
 
 MRawArray makeRawArray(const RawArrayValue &array) {
     std::vector<mint> dimensions;
-    const std::vector<std::byte> bytes = elementBytes(array.elements, rawElementType(array.type).size, dimensions);
+    const std::vector<std::byte> bytes = elementBytes(array.elements, rawElementType(array.type).size(), dimensions);
     const QuorbelRawArrayFunctions functions = hostTable()->rawArrayFunctions;
     MRawArray handle = nullptr;
     int code = functions->create(array.type, static_cast<mint>(dimensions.size()), dimensions.data(), &handle);

@@ -63,17 +63,6 @@ const char *imageTypeName(MImage_Data_Type type) {
     return entry ? entry->label : "Undefined";
 }
 
-std::size_t imageSampleSize(MImage_Data_Type type) {
-    switch (type) {
-    case MImage_Type_Bit:
-    case MImage_Type_Bit8: return 1;
-    case MImage_Type_Bit16: return 2;
-    case MImage_Type_Real32: return 4;
-    case MImage_Type_Real64: return 8;
-    default: return 0;
-    }
-}
-
 std::optional<MImage_CS_Type> findColorSpace(std::string_view name) {
     if (const Named *entry = byKey(kColorSpaces, name)) return static_cast<MImage_CS_Type>(entry->value);
     // Numbers beyond the named ones reach a plug-in's checks of odd colour
@@ -96,10 +85,6 @@ MImage_CS_Type defaultColorSpace(mint channels, bool alpha) {
     default: return MImage_CS_Automatic;
     }
 }
-
-}  // namespace tarvex_cli
-
-namespace tarvex_cli {
 
 std::string colorSpaceKey(MImage_CS_Type space) {
     const Named *entry = byValue(kColorSpaces, space);

@@ -13,7 +13,6 @@ namespace tarvex_cli {
 // any letter case) and prints ("Bit", "Byte", ...).
 std::optional<MImage_Data_Type> findImageType(std::string_view name);
 const char *imageTypeName(MImage_Data_Type type);
-std::size_t imageSampleSize(MImage_Data_Type type);
 
 // Colour spaces by name (gray, rgb, hsb, cmyk, xyz, luv, lab, lch, auto) or
 // by number; printed as "Gray", "RGB", ..., "Automatic".

@@ -89,7 +89,7 @@ std::string formatRawImageLayout(const RawImageLayout &layout) {
 }
 
 std::size_t rawImageByteCount(const RawImageLayout &layout) {
-    return checkedByteCount(extentsOf(layout), imageSampleSize(layout.type));
+    return checkedByteCount(extentsOf(layout), rh_image_sample_size(layout.type));
 }
 
 MImage readRawImage(const std::string &path, const RawImageLayout &layout) {

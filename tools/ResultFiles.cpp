@@ -60,7 +60,7 @@ std::string saveRawArray(MRawArray array, const std::string &path) {
     const QuorbelRawArrayFunctions functions = hostTable()->rawArrayFunctions;
     const RawElementType &type = rawElementType(functions->getType(array));
     const std::vector<mint> dimensions = rawArrayDimensions(array);
-    writeFileBytes(path, functions->getData(array), checkedByteCount(dimensions, type.size));
+    writeFileBytes(path, functions->getData(array), checkedByteCount(dimensions, type.size()));
     return path + " (read back with raw:" + type.shortName + ":@" + path + ":dims=" +
            formatDimensionsAsOption(dimensions) + ")";
 }

@@ -36,7 +36,7 @@ std::string formatRawArray(MRawArray array) {
     const QuorbelRawArrayFunctions functions = hostTable()->rawArrayFunctions;
     const RawElementType &type = rawElementType(functions->getType(array));
     const std::string elements =
-        formatNestedList(rawArrayDimensions(array), functions->getData(array), type.size,
+        formatNestedList(rawArrayDimensions(array), functions->getData(array), type.size(),
                          [id = type.id](const void *element) { return formatElement(id, element); });
     return std::string("RawArray[\"") + type.kernelName + "\", " + elements + "]";
 }

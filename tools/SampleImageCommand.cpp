@@ -6,6 +6,7 @@
 #include "HostTable.h"
 #include "ImageFiles.h"
 #include "NumberText.h"
+#include "refhost/refhost.hpp"
 
 namespace tarvex_cli {
 namespace {
@@ -47,14 +48,9 @@ int runSampleImage(const std::vector<std::string> &args) {
     MImage image = nullptr;
     if (rh_image_new(0, width, height, 3, MImage_Type_Bit8, MImage_CS_RGB, 1, 0, &image) != 0)
         throw CliError("the host cannot make a " + std::to_string(width) + " x " + std::to_string(height) + " image");
+    const rh::Image owned(image);
     std::memcpy(hostTable()->imageFunctions->getRawData(image), samples.data(), samples.size());
-    try {
-        writePng(image, 0, output);
-    } catch (...) {
-        hostTable()->imageFunctions->free(image);
-        throw;
-    }
-    hostTable()->imageFunctions->free(image);
+    writePng(image, 0, output);
     return 0;
 }
 
