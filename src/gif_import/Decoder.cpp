@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <stdexcept>
 
+#include <unistd.h>
+
 #include <gif_lib.h>
 
 #include "gif_import/ExtensionScan.h"
@@ -12,14 +14,30 @@
 namespace GifImport {
 namespace {
 
-// A few bytes of file can declare a 65535 x 65535 screen. Its composited
-// pictures (the canvas and one copy per frame) would not fit in memory, so
-// such a file reads as undecodable instead of taking the process down.
-constexpr std::uint64_t kMaxCompositedBytes = std::uint64_t{4} << 30;
+// A few bytes of file can declare a 65535 x 65535 screen, and every kept
+// frame holds a full-canvas picture. A file whose pictures would need more
+// than half of the machine's memory reads as undecodable instead of taking
+// the process down.
+std::uint64_t compositingBudget() {
+    static const std::uint64_t budget = [] {
+        const long pages = sysconf(_SC_PHYS_PAGES), pageSize = sysconf(_SC_PAGE_SIZE);
+        if (pages <= 0 || pageSize <= 0) return std::uint64_t{4} << 30;
+        return static_cast<std::uint64_t>(pages) * static_cast<std::uint64_t>(pageSize) / 2;
+    }();
+    return budget;
+}
 
-bool compositingFits(std::uint32_t canvasPixelCount, int imageCount) {
-    const std::uint64_t pictures = static_cast<std::uint64_t>(imageCount) + 1;
-    return std::uint64_t{canvasPixelCount} * sizeof(PackedColor) * pictures <= kMaxCompositedBytes;
+// Counts the canvas and the images that can be kept: those inside the canvas.
+bool compositingFits(const GifFileType &gif, std::uint32_t width, std::uint32_t height) {
+    std::uint64_t pictures = 1;
+    for (int i = 0; i < gif.ImageCount; ++i) {
+        const GifImageDesc &d = gif.SavedImages[i].ImageDesc;
+        const auto fits = [](int offset, int size, std::uint32_t limit) {
+            return size > 0 && offset >= 0 && std::uint64_t(offset) + std::uint64_t(size) <= limit;
+        };
+        if (fits(d.Left, d.Width, width) && fits(d.Top, d.Height, height)) ++pictures;
+    }
+    return std::uint64_t{width} * height * sizeof(PackedColor) * pictures <= compositingBudget();
 }
 
 int readFromStream(GifFileType *gif, GifByteType *buffer, int length) {
@@ -78,7 +96,7 @@ void Decoder::decodeInto(GifFileType *gif) {
 
     scanExtensions(gif->ExtensionBlocks, gif->ExtensionBlockCount, loopCount, fileComments);
     canvasPixelCount = canvasWidth * canvasHeight;
-    if (!compositingFits(canvasPixelCount, gif->ImageCount))
+    if (!compositingFits(*gif, canvasWidth, canvasHeight))
         throw std::runtime_error("Loading data failed");
 
     if (gif->SColorMap != nullptr) {

@@ -4,6 +4,10 @@
 #include <memory>
 #include <vector>
 
+#ifdef _WIN32
+#include <utf8.h>
+#endif
+
 namespace GifImport {
 namespace {
 
@@ -20,12 +24,24 @@ std::vector<std::unique_ptr<Decoder>> &graveyard() {
     return unlinked;
 }
 
+// The kernel's names are UTF-8; only the wide open reaches every name on
+// Windows, while elsewhere the bytes are the path.
+std::FILE *openForReading(const std::string &fileName) {
+#ifdef _WIN32
+    std::wstring wide;
+    utf8::utf8to16(fileName.begin(), fileName.end(), std::back_inserter(wide));
+    return _wfopen(wide.c_str(), L"rb");
+#else
+    return std::fopen(fileName.c_str(), "rb");
+#endif
+}
+
 }  // namespace
 
 Decoder *getOrLoad(const std::string &fileName) {
     auto &decoders = cache();
     if (auto found = decoders.find(fileName); found != decoders.end()) return found->second.get();
-    FileHandle file(std::fopen(fileName.c_str(), "rb"));
+    FileHandle file(openForReading(fileName));
     if (!file) return nullptr;
     auto decoder = std::make_unique<Decoder>(std::move(file));
     return decoders.insert_or_assign(fileName, std::move(decoder)).first->second.get();

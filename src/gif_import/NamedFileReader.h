@@ -15,8 +15,9 @@ namespace GifImport {
 template <typename Read>
 int readNamedFile(mint argc, MArgument *args, mint argumentsNeeded, Read read) {
     QuorbelLibraryData library = OstrelUtils::libraryData();
-    if (library == nullptr || argc < argumentsNeeded) return MalformedArguments;
+    if (library == nullptr || argc < 1) return MalformedArguments;
     HostString fileName(library, args[0]);
+    if (argc < argumentsNeeded) return MalformedArguments;
     try {
         return read(library, fileName.bytes());
     } catch (...) {
