@@ -1,19 +1,20 @@
 // The tool as users run it: command lines in, output and exit status out.
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <spawn.h>
 #include <sys/wait.h>
-#include <unistd.h>
 
-#include <fcntl.h>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
 
-#include "Command.h"
 #include "HostTable.h"
 #include "ImageFiles.h"
 #include "PluginDiscovery.h"
+#include "Support.h"
+#include "refhost/refhost.hpp"
 
 extern char **environ;
 
@@ -28,22 +29,13 @@ struct ToolRun {
 };
 
 std::string contents(const std::filesystem::path &file) {
-    std::ifstream in(file, std::ios::binary);
     std::ostringstream text;
-    text << in.rdbuf();
+    text << std::ifstream(file, std::ios::binary).rdbuf();
     return text.str();
 }
 
-class ToolTest : public ::testing::Test {
+class ToolTest : public ScratchTest {
 protected:
-    void SetUp() override {
-        directory_ = std::filesystem::temp_directory_path() / ("tarvex-tool-" + std::to_string(getpid()));
-        std::filesystem::create_directories(directory_);
-    }
-    void TearDown() override { std::filesystem::remove_all(directory_); }
-
-    std::string path(const char *name) const { return (directory_ / name).string(); }
-
     // Runs the tool with its output in files, so that neither stream can block.
     ToolRun tool(std::vector<std::string> args, bool withPlugin = true) const {
         if (withPlugin) args.insert(args.begin(), {"--plugin", TARVEX_PLUGIN_PATH});
@@ -70,15 +62,13 @@ protected:
     std::string twoPixelPng() const {
         MImage image = nullptr;
         EXPECT_EQ(rh_image_new(0, 2, 1, 3, MImage_Type_Bit8, MImage_CS_RGB, true, false, &image), 0);
-        auto *samples = static_cast<unsigned char *>(hostTable()->imageFunctions->getRawData(image));
+        const rh::Image owned(image);
         const unsigned char pixels[] = {20, 30, 40, 220, 230, 240};
-        std::copy(std::begin(pixels), std::end(pixels), samples);
+        std::memcpy(hostTable()->imageFunctions->getRawData(image), pixels, sizeof pixels);
         writePng(image, 0, path("two.png"));
-        hostTable()->imageFunctions->free(image);
         return path("two.png");
     }
 
-    std::filesystem::path directory_;
 };
 
 const char *const kCleanBooks =
@@ -88,16 +78,13 @@ const char *const kCleanBooks =
 }  // namespace
 
 TEST_F(ToolTest, VersionAndHelp) {
-    ToolRun version = tool({"--version"}, false);
-    EXPECT_EQ(version.status, 0);
-    EXPECT_EQ(version.out, "tarvex " TARVEX_EXPECTED_VERSION "\n");
-
-    ToolRun help = tool({"--help"}, false);
-    EXPECT_EQ(help.status, 0);
-    EXPECT_NE(help.out.find("\n  call "), std::string::npos);
-    ToolRun callHelp = tool({"call", "--help"}, false);
-    EXPECT_EQ(callHelp.status, 0);
-    EXPECT_NE(callHelp.out.find("raw-image:FILE:OPTIONS"), std::string::npos);
+    EXPECT_EQ(tool({"--version"}, false).out, "tarvex " TARVEX_EXPECTED_VERSION "\n");
+    for (const auto &[args, text] : {std::pair<std::vector<std::string>, const char *>{{"--help"}, "\n  call "},
+                                     {{"call", "--help"}, "raw-image:FILE:OPTIONS"}}) {
+        const ToolRun run = tool(args, false);
+        EXPECT_EQ(run.status, 0);
+        EXPECT_NE(run.out.find(text), std::string::npos);
+    }
 }
 
 TEST_F(ToolTest, BadCommandLinesSayWhatIsWrongAndExitWithTwo) {
@@ -119,14 +106,11 @@ TEST_F(ToolTest, BadCommandLinesSayWhatIsWrongAndExitWithTwo) {
         EXPECT_NE(run.err.find(message), std::string::npos);
         EXPECT_EQ(run.err.find('\n'), run.err.size() - 1) << "more than one line";
     }
-    ToolRun plugin = tool({"--plugin"}, false);
-    EXPECT_EQ(plugin.status, 2);
-}
+    EXPECT_EQ(tool({"--plugin"}, false).status, 2);
 
-TEST_F(ToolTest, APluginThatCannotBeLoadedIsAFailure) {
-    ToolRun run = tool({"--plugin", path("libMissing.so"), "call", "StringSeparator"}, false);
-    EXPECT_EQ(run.status, 1);
-    EXPECT_NE(run.err.find("cannot load the plug-in " + path("libMissing.so")), std::string::npos);
+    const ToolRun missing = tool({"--plugin", path("libMissing.so"), "call", "StringSeparator"}, false);
+    EXPECT_EQ(missing.status, 1);
+    EXPECT_NE(missing.err.find("cannot load the plug-in " + path("libMissing.so")), std::string::npos);
 }
 
 TEST(PluginDiscovery, ExplicitThenEnvironmentThenBesideTheTool) {
@@ -138,63 +122,46 @@ TEST(PluginDiscovery, ExplicitThenEnvironmentThenBesideTheTool) {
     search.explicitPath = "/given/libTarvex.so";
     EXPECT_EQ(locatePlugin(search), "/given/libTarvex.so");
 
-    PluginSearch nowhere{std::nullopt, std::nullopt, "/nonexistent/bin", "lib64"};
-    try {
-        locatePlugin(nowhere);
-        FAIL() << "found a plug-in in a directory that does not exist";
-    } catch (const CliError &error) {
-        EXPECT_NE(std::string(error.what()).find("/nonexistent/lib64/libTarvex.so"), std::string::npos);
-        EXPECT_NE(std::string(error.what()).find("--plugin PATH"), std::string::npos);
-    }
-}
-
-TEST_F(ToolTest, StringSeparatorPrintsUnambiguously) {
-    ToolRun run = tool({"call", "StringSeparator", "--books"});
-    EXPECT_EQ(run.status, 0) << run.err;
-    EXPECT_EQ(run.out, "code: 0\nresult: \"\\002\\007\\007\\007\\003\"\nbooks: live images 0, raw arrays 0, tensors 0; "
-                       "strings issued 0, released 0, outstanding 0; bad releases 0, bad handles 0; messages 0\n");
+    const std::string problem = cliFailure([] { locatePlugin({std::nullopt, std::nullopt, "/nonexistent/bin", "lib64"}); }, 1);
+    EXPECT_NE(problem.find("/nonexistent/lib64/libTarvex.so"), std::string::npos);
+    EXPECT_NE(problem.find("--plugin PATH"), std::string::npos);
 }
 
 TEST_F(ToolTest, DitherWithARawArrayPalette) {
     const std::string png = "png:" + twoPixelPng();
     const std::string out = path("dithered.png");
     ToolRun run = tool({"call", "DitherImage", png, "raw:uint8:{{0,0,0},{255,255,255}}", "str:None", "true", "false",
-                    "--out", out, "--books"});
+                        "--out", out, "--books"});
     EXPECT_EQ(run.status, 0) << run.err;
     EXPECT_EQ(run.out, "code: 0\n"
                        "result: Image[{2, 1}, \"Byte\", Channels -> 3, ColorSpace -> \"RGB\", Interleaved -> True, "
                        "Alpha -> False]\n"
                        "saved: " + out + " (read back with png:" + out + ")\n" + kCleanBooks);
-    MImage dithered = readPng(out);
-    const auto *samples = static_cast<const unsigned char *>(hostTable()->imageFunctions->getRawData(dithered));
+    const rh::Image dithered(readPng(out));
+    const auto *samples = static_cast<const unsigned char *>(hostTable()->imageFunctions->getRawData(dithered.get()));
     EXPECT_EQ(std::vector<unsigned char>(samples, samples + 6), (std::vector<unsigned char>{0, 0, 0, 255, 255, 255}));
-    hostTable()->imageFunctions->free(dithered);
 }
 
-TEST_F(ToolTest, APaletteOfTheWrongKindFailsCleanly) {
-    // A 16-bit colour map for an 8-bit image.
-    ToolRun run = tool({"call", "DitherImage", "png:" + twoPixelPng(), "raw:uint16:{{0,0,0},{65535,65535,65535}}",
-                    "str:None", "true", "false", "--books"});
-    EXPECT_EQ(run.status, 1);
-    EXPECT_EQ(run.out, std::string("code: -14\nresult: not written\n") + kCleanBooks);
-}
-
-TEST_F(ToolTest, ArgumentCountAndInitialisationCanBeForced) {
-    ToolRun tooFew = tool({"call", "ClearCache", "str:a.gif", "--argc", "0"});
-    EXPECT_EQ(tooFew.status, 1);
-    EXPECT_EQ(tooFew.out, "code: 6\nresult: not written\n");
-
-    ToolRun uninitialised = tool({"call", "--no-init", "DitherImage", "png:" + twoPixelPng(),
-                              "raw:uint8:{{0,0,0}}", "str:None", "true", "false"});
-    EXPECT_EQ(uninitialised.status, 1);
-    EXPECT_EQ(uninitialised.out, "code: -14\nresult: not written\n");
-}
-
-TEST_F(ToolTest, LinkExportsTakeAnExpressionOrABareFileName) {
-    const std::string missing = path("missing.gif");
-    for (const std::string &argument : {missing, "{\"" + missing + "\"}", "List[\"" + missing + "\"]"}) {
-        ToolRun run = tool({"call", "ReadFileMetadata", argument});
+TEST_F(ToolTest, AFailedCallExitsWithOneAndSaysSo) {
+    const std::string png = "png:" + twoPixelPng(), missing = path("missing.gif");
+    const std::string notWritten = "result: not written\n";
+    const std::pair<std::vector<std::string>, std::string> cases[] = {
+        // A 16-bit colour map for an 8-bit image.
+        {{"DitherImage", png, "raw:uint16:{{0,0,0},{65535,65535,65535}}", "str:None", "true", "false", "--books"},
+         "code: -14\n" + notWritten + kCleanBooks},
+        {{"ClearCache", "str:a.gif", "--argc", "0"}, "code: 6\n" + notWritten},
+        {{"--no-init", "DitherImage", png, "raw:uint8:{{0,0,0}}", "str:None", "true", "false"},
+         "code: -14\n" + notWritten},
+        // A link export takes an expression or a bare file name.
+        {{"ReadFileMetadata", missing}, "code: -2\n" + notWritten},
+        {{"ReadFileMetadata", "{\"" + missing + "\"}"}, "code: -2\n" + notWritten},
+        {{"ReadFileMetadata", "List[\"" + missing + "\"]"}, "code: -2\n" + notWritten},
+    };
+    for (const auto &[args, out] : cases) {
+        std::vector<std::string> command{"call"};
+        command.insert(command.end(), args.begin(), args.end());
+        const ToolRun run = tool(command);
         EXPECT_EQ(run.status, 1) << run.err;
-        EXPECT_EQ(run.out, "code: -2\nresult: not written\n");
+        EXPECT_EQ(run.out, out);
     }
 }
