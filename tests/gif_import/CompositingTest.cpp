@@ -17,7 +17,7 @@ class Compositing : public ::testing::Test {
 TEST_F(Compositing, DisposalModesPrepareTheNextFrame) {
     // Background white (index 4); every disposal once, 5 standing for an
     // undefined value that behaves as "keep".
-    const std::string path = RawGif(3, 1, kEight, 4)
+    const std::string path = GifBuilder(3, 1, kEight, 4)
                                  .control(2).solid(0, 0, 3, 1, 1)
                                  .control(3).solid(1, 0, 1, 1, 2)
                                  .control(1).solid(2, 0, 1, 1, 3)
@@ -49,7 +49,7 @@ TEST_F(Compositing, DisposalModesPrepareTheNextFrame) {
 }
 
 TEST_F(Compositing, TransparentIndicesStampOnlyStillTransparentPixels) {
-    const std::string path = RawGif(3, 1, kEight, 0)
+    const std::string path = GifBuilder(3, 1, kEight, 0)
                                  .control(1).solid(0, 0, 1, 1, 1)
                                  .control(1, 3).image(0, 0, 3, 1, {3, 3, 2})
                                  .control(1, 2).image(0, 0, 3, 1, {2, 2, 1}, {kBlack, kRed, kGreen, kBlue})
@@ -65,9 +65,9 @@ TEST_F(Compositing, TransparentIndicesStampOnlyStillTransparentPixels) {
 
 TEST_F(Compositing, FramesOutsideTheCanvasAreDroppedAndTheRestRenumbered) {
     const std::string path = RawGif(2, 2, kEight)
-                                 .control(1).solid(0, 0, 2, 2, 1)
-                                 .control(1).solid(1, 1, 2, 1, 2)  // past the right edge
-                                 .control(1).solid(0, 1, 1, 1, 3)
+                                 .solid(0, 0, 2, 2, 1)
+                                 .solid(1, 1, 2, 1, 2)  // past the right edge
+                                 .solid(0, 1, 1, 1, 3)
                                  .write("dropped.gif");
     const Picture second = readOneFrame(path, 2);
     ASSERT_EQ(second.code, 0);
@@ -98,7 +98,7 @@ TEST_F(Compositing, IndicesPastThePaletteLeaveThePixel) {
 TEST_F(Compositing, InterlacedRowsArriveInImageOrder) {
     // Five rows reach all four interlace passes (rows 0, 4, 2, then 1 and 3).
     const std::string path =
-        RawGif(1, 5, kEight).image(0, 0, 1, 5, {1, 2, 3, 4, 5}, {}, true).write("interlaced.gif");
+        GifBuilder(1, 5, kEight).image(0, 0, 1, 5, {1, 2, 3, 4, 5}, {}, true).write("interlaced.gif");
     EXPECT_EQ(readOneFrame(path, 1).rows(), (Rows{"R", "G", "B", "W", "Y"}));
     int code = 0;
     EXPECT_EQ(linkAnswer("ReadRasterBits", path, &code), "{{{1}, {2}, {3}, {4}, {5}}}");

@@ -4,8 +4,8 @@
 #include <string>
 #include <vector>
 
+#include "GifBuilder.h"
 #include "Plugin.h"
-#include "RawGif.h"
 
 namespace gif_test {
 

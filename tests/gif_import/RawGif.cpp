@@ -5,16 +5,11 @@
 #include <filesystem>
 #include <fstream>
 #include <stdexcept>
-#include <utility>
 
 #include <unistd.h>
 
 namespace gif_test {
 namespace {
-
-std::uint8_t tableFlags(const ColorTable &colors) {
-    return colors.empty() ? 0 : static_cast<std::uint8_t>(0x80 | (std::bit_width(colors.size()) - 2));
-}
 
 // LZW with a clear code before the table would outgrow 9-bit codes, so every
 // pixel is a literal and the code width never changes.
@@ -48,24 +43,9 @@ RawGif::RawGif(int width, int height, const ColorTable &global, int background) 
     out_ = {'G', 'I', 'F', '8', '9', 'a'};
     word(width);
     word(height);
-    out_.insert(out_.end(), {static_cast<std::uint8_t>(0x70 | tableFlags(global)),
-                             static_cast<std::uint8_t>(background), 0});
+    const int flags = global.empty() ? 0x70 : 0xf0 | (std::bit_width(global.size()) - 2);
+    out_.insert(out_.end(), {static_cast<std::uint8_t>(flags), static_cast<std::uint8_t>(background), 0});
     for (const Rgb &c : global) out_.insert(out_.end(), {c.r, c.g, c.b});
-}
-
-RawGif &RawGif::control(int disposal, int transparent, int delay, bool userInput) {
-    out_.insert(out_.end(), {0x21, 0xf9, 4});
-    out_.push_back(static_cast<std::uint8_t>((disposal & 7) << 2 | (userInput ? 2 : 0) |
-                                             (transparent >= 0 ? 1 : 0)));
-    word(delay);
-    out_.insert(out_.end(), {static_cast<std::uint8_t>(std::max(transparent, 0)), 0});
-    return *this;
-}
-
-RawGif &RawGif::comment(const std::vector<std::string> &subBlocks) {
-    out_.insert(out_.end(), {0x21, 0xfe});
-    blocks(subBlocks);
-    return *this;
 }
 
 RawGif &RawGif::application(const std::string &identifier, const std::vector<std::string> &subBlocks) {
@@ -76,17 +56,8 @@ RawGif &RawGif::application(const std::string &identifier, const std::vector<std
     return *this;
 }
 
-RawGif &RawGif::image(int left, int top, int width, int height, std::vector<std::uint8_t> indices,
-                      const ColorTable &local, bool interlaced) {
-    descriptor(left, top, width, height, tableFlags(local) | (interlaced ? 0x40 : 0));
-    for (const Rgb &c : local) out_.insert(out_.end(), {c.r, c.g, c.b});
-    if (interlaced) {
-        std::vector<std::uint8_t> rows;
-        for (auto [first, step] : {std::pair{0, 8}, {4, 8}, {2, 4}, {1, 2}})
-            for (int r = first; r < height; r += step)
-                rows.insert(rows.end(), indices.begin() + r * width, indices.begin() + (r + 1) * width);
-        indices = std::move(rows);
-    }
+RawGif &RawGif::image(int left, int top, int width, int height, const std::vector<std::uint8_t> &indices) {
+    descriptor(left, top, width, height);
     out_.push_back(8);
     blocks(chunks(literalLzw(indices)));
     return *this;
@@ -98,7 +69,7 @@ RawGif &RawGif::solid(int left, int top, int width, int height, std::uint8_t ind
 
 RawGif &RawGif::imageWithData(int left, int top, int width, int height,
                               std::uint8_t minimumCodeSize, const std::vector<std::uint8_t> &data) {
-    descriptor(left, top, width, height, 0);
+    descriptor(left, top, width, height);
     out_.push_back(minimumCodeSize);
     blocks(chunks(std::string(data.begin(), data.end())));
     return *this;
@@ -119,10 +90,10 @@ void RawGif::word(int value) {
     out_.insert(out_.end(), {static_cast<std::uint8_t>(value), static_cast<std::uint8_t>(value >> 8)});
 }
 
-void RawGif::descriptor(int left, int top, int width, int height, std::uint8_t flags) {
+void RawGif::descriptor(int left, int top, int width, int height) {
     out_.push_back(0x2c);
     for (int value : {left, top, width, height}) word(value);
-    out_.push_back(flags);
+    out_.push_back(0);  // no local map, not interlaced
 }
 
 void RawGif::blocks(const std::vector<std::string> &subBlocks) {

@@ -11,22 +11,18 @@ struct Rgb {
 };
 using ColorTable = std::vector<Rgb>;  // a power of two long, 2 to 256
 
-// Writes a GIF89a block by block, so that files no encoder would make (no
-// colour map at all, indices past the palette, damaged data) can be built too.
+// Writes a GIF89a byte by byte, for files no encoder would make: no colour
+// map at all, indices past the palette, frames past the screen, damaged data.
 class RawGif {
 public:
     // Header and logical screen descriptor; `global` may be empty.
     RawGif(int width, int height, const ColorTable &global = {}, int background = 0);
 
-    // A graphic control block for the next image; delay in hundredths.
-    RawGif &control(int disposal, int transparent = -1, int delay = 0, bool userInput = false);
-    RawGif &comment(const std::vector<std::string> &subBlocks);
     // An application block with the given sub-blocks after its identifier.
     RawGif &application(const std::string &identifier, const std::vector<std::string> &subBlocks);
     // An image whose indices (row-major, in image order) may be anything up
     // to 255: the data is coded with 8-bit literals only.
-    RawGif &image(int left, int top, int width, int height, std::vector<std::uint8_t> indices,
-                  const ColorTable &local = {}, bool interlaced = false);
+    RawGif &image(int left, int top, int width, int height, const std::vector<std::uint8_t> &indices);
     RawGif &solid(int left, int top, int width, int height, std::uint8_t index);
     // An image descriptor followed by the given raw data sub-blocks.
     RawGif &imageWithData(int left, int top, int width, int height, std::uint8_t minimumCodeSize,
@@ -39,7 +35,7 @@ public:
 
 private:
     void word(int value);
-    void descriptor(int left, int top, int width, int height, std::uint8_t flags);
+    void descriptor(int left, int top, int width, int height);
     void blocks(const std::vector<std::string> &subBlocks);
     std::vector<std::uint8_t> out_;
 };

@@ -30,7 +30,7 @@ ColorTable randomColors(std::mt19937 &random, std::size_t count) {
 
 std::string randomAnimation(std::mt19937 &random, const std::string &name) {
     const int width = 1 + below(random, 9), height = 1 + below(random, 9);
-    RawGif gif(width, height, randomColors(random, 16), below(random, 16));
+    GifBuilder gif(width, height, randomColors(random, 16), below(random, 16));
     for (int frames = 1 + below(random, 6); frames > 0; --frames) {
         const int w = 1 + below(random, width), h = 1 + below(random, height);
         const int left = below(random, width - w + 1), top = below(random, height - h + 1);

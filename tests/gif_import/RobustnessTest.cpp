@@ -34,11 +34,11 @@ TEST_F(Robustness, UndecodableFilesAreReportedAndDropped) {
     std::vector<std::string> paths{
         RawGif(2, 2, {kRed, kGreen}).imageWithData(0, 0, 2, 2, 2, garbage).write("lzw.gif"),
         RawGif(2, 2, {kRed, kGreen}).imageWithData(0, 0, 2, 2, 12, garbage).write("code-size.gif"),
-        RawGif(2, 2, {kRed, kGreen}).write("no-images.gif"),
+        GifBuilder(2, 2, {kRed, kGreen}).write("no-images.gif"),
         writeFile("text.gif", {'h', 'e', 'l', 'l', 'o'}),
         scratchPath(""),  // a directory opens but does not read
         // A screen too large to composite is refused, not allocated.
-        RawGif(65535, 65535, {kRed, kGreen}).image(0, 0, 2, 1, {1, 0}).write("huge.gif")};
+        GifBuilder(65535, 65535, {kRed, kGreen}).image(0, 0, 2, 1, {1, 0}).write("huge.gif")};
     for (std::size_t length : {3ul, 12ul, 20ul, twoByTwo().bytes().size() - 1})
         paths.push_back(twoByTwo().write("cut" + std::to_string(length) + ".gif", length));
     for (const std::string &path : paths) {
@@ -67,7 +67,7 @@ TEST_F(Robustness, FilesWithoutUsableFramesReportNoFrames) {
 }
 
 TEST_F(Robustness, HostCreationFailuresAreReturnedWithNothingLeftAlive) {
-    const std::string path = twoByTwo().write("faults.gif");
+    const std::string path = GifBuilder(2, 2, {kRed, kGreen}).image(0, 0, 2, 2, {0, 1, 1, 0}).write("faults.gif");
     rh_fail_next_image_creation(5);
     EXPECT_EQ(readOneFrame(path, 1).code, 5);
     rh_fail_next_image_creation(5);
@@ -80,7 +80,7 @@ TEST_F(Robustness, HostCreationFailuresAreReturnedWithNothingLeftAlive) {
 }
 
 TEST_F(Robustness, ALinkFailingAtAnyPutEndsTheAnswerWithMinusOne) {
-    const std::string path = RawGif(2, 1, {kRed, kGreen})
+    const std::string path = GifBuilder(2, 1, {kRed, kGreen})
                                  .control(1, 0, 3)
                                  .comment({"x"})
                                  .image(0, 0, 2, 1, {0, 1}, {kBlue, kRed})
