@@ -116,6 +116,12 @@ TEST_F(Readers, ReturnTheirCodes) {
     EXPECT_EQ(readOneFrame(path, 1).rows(), Rows{"R"});
     EXPECT_EQ(readOneFrame(path, 2).code, -1);
     EXPECT_EQ(readAllFrames(path).rank, 2);  // a single frame is a 2-D image
+
+    // A frame reader given only the name refuses, and still gives the name back.
+    const RhValue nameOnly{RH_STRING, {.string = path.c_str()}, 0};
+    RhValue image{RH_IMAGE, {}, 0};
+    EXPECT_EQ(rh_call(tarvex_test::plugin(), "ReadOneFrame", 1, &nameOnly, &image), 6);
+    EXPECT_FALSE(image.written);
 }
 
 TEST_F(Readers, CacheFilesByTheirExactNames) {
