@@ -205,38 +205,25 @@ TEST_F(ArgumentLayer, OwnedObjectsAreFreedUnlessHandedToTheResult) {
 
 // Records which instantiation the dispatch picked.
 struct Picked {
-    std::string type;
+    MImage_Data_Type type;
     int channels = 0;
 };
-
-template <typename T>
-std::string typeName() {
-    if constexpr (std::is_same_v<T, signed char>) return "bit";
-    if constexpr (std::is_same_v<T, unsigned char>) return "byte";
-    if constexpr (std::is_same_v<T, unsigned short>) return "bit16";
-    if constexpr (std::is_same_v<T, float>) return "real32";
-    return "real64";
-}
 
 Picked dispatchOn(MImage image) {
     MArgument arg{.image = &image};
     MArgumentManager manager(1, &arg, arg);
     return dispatchImage(manager, []<typename T, int N>(Image<T> &, const ImageGeometry &) {
-        return Picked{typeName<T>(), N + 1};
+        return Picked{ElementType<T>::kImageType, N + 1};
     });
 }
 
 TEST_F(ArgumentLayer, DispatchPicksOneInstantiationPerTypeAndChannelCount) {
-    const std::pair<MImage_Data_Type, const char *> types[] = {{MImage_Type_Bit, "bit"},
-                                                               {MImage_Type_Bit8, "byte"},
-                                                               {MImage_Type_Bit16, "bit16"},
-                                                               {MImage_Type_Real32, "real32"},
-                                                               {MImage_Type_Real64, "real64"}};
-    for (auto [type, name] : types) {
+    for (MImage_Data_Type type : {MImage_Type_Bit, MImage_Type_Bit8, MImage_Type_Bit16,
+                                  MImage_Type_Real32, MImage_Type_Real64}) {
         for (mint channels = 1; channels <= 4; ++channels) {
             MImage image = newImage(type, channels, 1, 0, channels == 2 ? 3 : 0);
             const Picked picked = dispatchOn(image);
-            EXPECT_EQ(picked.type, name);
+            EXPECT_EQ(picked.type, type);
             EXPECT_EQ(picked.channels, channels);
             images()->free(image);
         }
