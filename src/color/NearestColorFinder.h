@@ -4,7 +4,7 @@
 #include <optional>
 #include <type_traits>
 
-#include "color/ChannelSumSearch.h"
+#include "color/CandidateGrid.h"
 #include "color/NearestColor.h"
 #include "color/NearestColorMemo.h"
 #include "color/Palette.h"
@@ -19,14 +19,14 @@ template <typename T, int N>
 class NearestColorFinder {
 public:
     explicit NearestColorFinder(const Palette<T, N> &palette) : palette_(palette) {
-        if constexpr (std::is_integral_v<T>) bySum_.emplace(palette);
+        if constexpr (std::is_integral_v<T>) grid_.emplace(palette);
     }
 
     std::uint32_t find(const Color<T, N> &target) {
         std::uint32_t index;
         if (memo_.recall(target, &index)) return index;
         if constexpr (std::is_integral_v<T>)
-            index = bySum_->find(target);
+            index = grid_->find(target);
         else
             index = nearestColorIndex(palette_, target);
         memo_.remember(target, index);
@@ -35,7 +35,7 @@ public:
 
 private:
     const Palette<T, N> &palette_;
-    std::optional<ChannelSumSearch<T, N>> bySum_;
+    std::optional<CandidateGrid<T, N>> grid_;
     NearestColorMemo<T, N> memo_;
 };
 

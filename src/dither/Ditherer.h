@@ -19,6 +19,9 @@
 
 namespace ColorUtilities {
 
+template <typename T, int N>
+class FloydSteinberg;
+
 // Maps the pixels of an image slice to palette colours, in serpentine rows.
 // The base class maps each pixel on its own; methods that diffuse the error
 // override the hooks.
@@ -58,6 +61,9 @@ protected:
     virtual Error errorOf(const ColorType &wanted, const ColorType &chosen);
     virtual void diffuseError(const Error &error, std::uint32_t row, std::uint32_t col,
                               std::uint32_t step);
+    // True for error diffusion, whose hooks the scan loop then calls
+    // directly rather than through the virtual slots, once per pixel.
+    virtual bool diffusesError() const { return false; }
 
     const T *inputPixel(std::uint32_t row, std::uint32_t col) const {
         return pixels_ + (std::size_t{cols_} * row + col) * (N + 1);
@@ -81,6 +87,8 @@ protected:
 
 private:
     void prepareSearch();
+    template <class Method, typename Out>
+    void scan(Out *out, bool writeColours);
     std::uint32_t search(const ColorType &wanted);
     std::uint32_t chooseIndex(const ColorType &wanted);
     template <typename Out>
@@ -129,20 +137,20 @@ void Ditherer<T, N>::resetCache() {
 }
 
 template <typename T, int N>
-typename Ditherer<T, N>::ColorType Ditherer<T, N>::pixelAt(std::uint32_t row, std::uint32_t col) {
+inline typename Ditherer<T, N>::ColorType Ditherer<T, N>::pixelAt(std::uint32_t row, std::uint32_t col) {
     return ColorType(inputPixel(row, col));
 }
 
 template <typename T, int N>
-typename Ditherer<T, N>::Error Ditherer<T, N>::errorOf(const ColorType &, const ColorType &) {
+inline typename Ditherer<T, N>::Error Ditherer<T, N>::errorOf(const ColorType &, const ColorType &) {
     return Error{};
 }
 
 template <typename T, int N>
-void Ditherer<T, N>::diffuseError(const Error &, std::uint32_t, std::uint32_t, std::uint32_t) {}
+inline void Ditherer<T, N>::diffuseError(const Error &, std::uint32_t, std::uint32_t, std::uint32_t) {}
 
 template <typename T, int N>
-std::uint32_t Ditherer<T, N>::search(const ColorType &wanted) {
+inline std::uint32_t Ditherer<T, N>::search(const ColorType &wanted) {
     return useSortedSearch_ ? sortedNearestIndex(*palette_, intensityIndex_, pairDistances_, wanted)
                             : nearest_->find(wanted);
 }
@@ -150,7 +158,7 @@ std::uint32_t Ditherer<T, N>::search(const ColorType &wanted) {
 // The cache never answers index 0: a stored 0 reads as "unknown", like the
 // initial fill, and leads to a fresh search.
 template <typename T, int N>
-std::uint32_t Ditherer<T, N>::chooseIndex(const ColorType &wanted) {
+inline std::uint32_t Ditherer<T, N>::chooseIndex(const ColorType &wanted) {
     if (!useCache_) return search(wanted);
     const std::uint64_t key = cache_.keyOf(wanted, bounds_);
     const std::uint32_t cached = cache_.lookup(key);
@@ -177,16 +185,28 @@ template <typename Out>
 void Ditherer<T, N>::ditherSlice(Out *out, bool writeColours) {
     resetCache();
     resetState();
+    if (diffusesError())
+        scan<FloydSteinberg<T, N>>(out, writeColours);
+    else
+        scan<Ditherer>(out, writeColours);
+}
+
+// Method is the ditherer's own, final class: its hooks are named, not looked
+// up, so that they inline into the loop.
+template <typename T, int N>
+template <class Method, typename Out>
+void Ditherer<T, N>::scan(Out *out, bool writeColours) {
+    Method &method = static_cast<Method &>(*this);
     for (std::uint32_t row = 0; row < rows_; ++row) {
         const bool backward = serpentine_ && row % 2 == 1;
         const std::uint32_t step = backward ? kBackward : kForward;
         std::uint32_t col = backward ? cols_ - 1 : 0;
         for (std::uint32_t visited = 0; visited < cols_; ++visited, col += step) {
-            const ColorType wanted = pixelAt(row, col);
+            const ColorType wanted = method.Method::pixelAt(row, col);
             const std::uint32_t index = chooseIndex(wanted);
             const ColorType &chosen = palette_->at(index);
             write(out, row, col, index, chosen, writeColours);
-            diffuseError(errorOf(wanted, chosen), row, col, step);
+            method.Method::diffuseError(method.Method::errorOf(wanted, chosen), row, col, step);
         }
     }
 }
