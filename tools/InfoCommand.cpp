@@ -96,8 +96,9 @@ std::string jsonString(const std::string &text) {
 
 std::string jsonColor(const std::optional<std::vector<int>> &rgb) {
     if (!rgb) return "null";
-    return "[" + std::to_string((*rgb)[0]) + ", " + std::to_string((*rgb)[1]) + ", " +
-           std::to_string((*rgb)[2]) + "]";
+    std::string text = "[";
+    for (std::size_t k = 0; k < 3; ++k) text.append(k ? ", " : "").append(std::to_string((*rgb)[k]));
+    return text + "]";
 }
 
 void printJson(const std::string &file, const GifFacts &facts) {

@@ -20,7 +20,8 @@ bool fitsPng(const RawImageLayout &layout) {
 
 std::string formatDimensionsAsOption(const std::vector<mint> &dimensions) {
     std::string text;
-    for (std::size_t i = 0; i < dimensions.size(); ++i) text += (i ? "x" : "") + std::to_string(dimensions[i]);
+    for (std::size_t i = 0; i < dimensions.size(); ++i)
+        text.append(i ? "x" : "").append(std::to_string(dimensions[i]));
     return text;
 }
 
