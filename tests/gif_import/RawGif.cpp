@@ -87,7 +87,8 @@ std::string RawGif::write(const std::string &name, std::size_t length) const {
 }
 
 void RawGif::word(int value) {
-    out_.insert(out_.end(), {static_cast<std::uint8_t>(value), static_cast<std::uint8_t>(value >> 8)});
+    out_.push_back(static_cast<std::uint8_t>(value));
+    out_.push_back(static_cast<std::uint8_t>(value >> 8));
 }
 
 void RawGif::descriptor(int left, int top, int width, int height) {
