@@ -20,13 +20,17 @@ double meanIntensity(const Color<T, N> &color) {
 }
 
 // Orders the palette by ascending mean intensity, once; this renumbers it for
-// every holder. Equal means keep whatever order the sort leaves.
+// every holder. Equal means keep whatever order the sort leaves. A NaN mean
+// goes last: `<` alone is no ordering with NaN, and the sort would be free to
+// run off the ends of the palette.
 template <typename T, int N>
 void sortByIntensity(Palette<T, N> &palette) {
     if (palette.sorted) return;
     std::sort(palette.colors.begin(), palette.colors.end(),
               [](const Color<T, N> &a, const Color<T, N> &b) {
-                  return meanIntensity(a) < meanIntensity(b);
+                  const double ma = meanIntensity(a), mb = meanIntensity(b);
+                  if (std::isnan(ma)) return false;
+                  return std::isnan(mb) || ma < mb;
               });
     palette.sorted = true;
 }

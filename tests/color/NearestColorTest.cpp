@@ -1,5 +1,6 @@
 // The nearest-colour searches on small palettes: tie rules, the sorted search
 // where it must agree with the exhaustive one, and where it may not.
+#include <cmath>
 #include <cstdint>
 #include <stdexcept>
 #include <vector>
@@ -83,6 +84,17 @@ TEST(SortedSearch, SortsByMeanIntensityOnceAndIndexesTheNearestMean) {
         EXPECT_EQ(s.index.entries()[value], position) << value;
     EXPECT_EQ(s.pairs(0, 2), s.pairs(2, 0));
     EXPECT_EQ(s.pairs(1, 1), 0.0);
+}
+
+// Enough colours for the sort's partitioning; NaN means must end up last.
+TEST(SortedSearch, PutsNaNMeansLast) {
+    Palette<float, 0> palette(64);
+    for (int i = 0; i < 64; ++i) {
+        const float v = i % 3 == 0 ? std::nanf("") : static_cast<float>((i * 37) % 64);
+        palette.colors.emplace_back(&v);
+    }
+    sortByIntensity(palette);
+    for (int i = 0; i < 64; ++i) EXPECT_EQ(std::isnan(palette.colors[i][0]), i >= 42) << i;
 }
 
 // Greys on one channel, or on three (where the sum bound is exact): the
