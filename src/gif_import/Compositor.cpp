@@ -1,15 +1,51 @@
 #include "gif_import/Compositor.h"
 
+#include <algorithm>
+#include <array>
+
+#include "gif_import/Decoder.h"
+
 namespace GifImport {
 namespace {
 
-enum Disposal : std::uint32_t { Unspecified = 0, Keep = 1, RestoreBackground = 2, RestorePrevious = 3 };
+// How a palette index draws: not at all (past the palette), always (a
+// visible colour), or only onto a still transparent pixel.
+enum class Stroke : std::uint8_t { Skip, Paint, PaintOntoClear };
 
-void fillRectangle(const Frame &frame, std::vector<PackedColor> &canvas, PackedColor color,
-                   std::uint32_t canvasWidth) {
-    for (std::uint32_t r = 0; r < frame.height; ++r)
-        for (std::uint32_t c = 0; c < frame.width; ++c)
-            canvas.at(std::size_t{frame.top + r} * canvasWidth + frame.left + c) = color;
+struct Brush {
+    std::array<PackedColor, 256> colors{};
+    std::array<Stroke, 256> strokes{};
+    bool everyIndexPaints = true;
+
+    explicit Brush(const Palette &palette) {
+        for (std::size_t i = 0; i < strokes.size(); ++i) {
+            if (i >= palette.size()) {
+                strokes[i] = Stroke::Skip;
+                everyIndexPaints = false;
+                continue;
+            }
+            colors[i] = palette[i];
+            strokes[i] = alpha(palette[i]) != 0 ? Stroke::Paint : Stroke::PaintOntoClear;
+            everyIndexPaints = everyIndexPaints && strokes[i] == Stroke::Paint;
+        }
+    }
+};
+
+void drawRow(const Brush &brush, const std::uint8_t *indices, PackedColor *target, std::uint32_t width) {
+    if (brush.everyIndexPaints) {
+        for (std::uint32_t c = 0; c < width; ++c) target[c] = brush.colors[indices[c]];
+        return;
+    }
+    for (std::uint32_t c = 0; c < width; ++c) {
+        const Stroke stroke = brush.strokes[indices[c]];
+        if (stroke == Stroke::Paint || (stroke == Stroke::PaintOntoClear && alpha(target[c]) == 0))
+            target[c] = brush.colors[indices[c]];
+    }
+}
+
+PackedColor *rectangleRow(std::vector<PackedColor> &canvas, const Frame &frame, std::uint32_t row,
+                          std::uint32_t canvasWidth) {
+    return canvas.data() + std::size_t{frame.top + row} * canvasWidth + frame.left;
 }
 
 }  // namespace
@@ -23,34 +59,53 @@ Palette drawingPalette(const Frame &frame, const Palette &globalPalette) {
     return palette;
 }
 
-void drawFrame(const Frame &frame, const Palette &palette, std::vector<PackedColor> &picture,
+void drawFrame(const Frame &frame, const Palette &palette, PackedColor *canvas,
                std::uint32_t canvasWidth) {
-    for (std::uint32_t r = 0; r < frame.height; ++r) {
-        for (std::uint32_t c = 0; c < frame.width; ++c) {
-            const std::uint8_t index = frame.raster[std::size_t{r} * frame.width + c];
-            if (index >= palette.size()) continue;
-            PackedColor &target = picture.at(std::size_t{frame.top + r} * canvasWidth + frame.left + c);
-            const PackedColor source = palette[index];
-            if (alpha(source) != 0 || alpha(target) == 0) target = source;
-        }
-    }
+    const Brush brush(palette);
+    for (std::uint32_t r = 0; r < frame.height; ++r)
+        drawRow(brush, frame.raster.data() + std::size_t{r} * frame.width,
+                canvas + std::size_t{frame.top + r} * canvasWidth + frame.left, frame.width);
 }
 
-void applyDisposal(Frame &frame, std::vector<PackedColor> &canvas, PackedColor background,
-                   std::uint32_t canvasWidth) {
-    switch (frame.disposal) {
-    case Keep:
-        canvas = frame.picture;
-        break;
-    case RestoreBackground:
-        fillRectangle(frame, canvas, background, canvasWidth);
-        break;
-    case RestorePrevious:
-        break;
-    default:
-        frame.disposal = Unspecified;
-        canvas = frame.picture;
-        break;
+const std::vector<PackedColor> &FrameCompositor::picture(const Decoder &decoder, std::size_t index) {
+    if (!consistent_ || drawnCount_ > index + 1) restart(decoder);
+    consistent_ = false;
+    while (drawnCount_ <= index) drawNext(decoder);
+    consistent_ = true;
+    return canvas_;
+}
+
+void FrameCompositor::restart(const Decoder &decoder) {
+    canvas_.assign(decoder.canvasPixelCount, decoder.backgroundColor);
+    drawnCount_ = 0;
+    consistent_ = true;
+}
+
+void FrameCompositor::drawNext(const Decoder &decoder) {
+    if (drawnCount_ > 0) disposeDrawn(decoder);
+    const Frame &frame = *decoder.frames[drawnCount_];
+    if (frame.disposal == RestorePrevious) {
+        saved_.resize(std::size_t{frame.width} * frame.height);
+        for (std::uint32_t r = 0; r < frame.height; ++r) {
+            const PackedColor *row = rectangleRow(canvas_, frame, r, decoder.canvasWidth);
+            std::copy_n(row, frame.width, saved_.begin() + std::ptrdiff_t{r} * frame.width);
+        }
+    }
+    drawFrame(frame, drawingPalette(frame, decoder.globalPalette), canvas_.data(),
+              decoder.canvasWidth);
+    ++drawnCount_;
+}
+
+// The frame on show was drawn straight onto the canvas, which is what Keep
+// and Unspecified leave for the next frame; the other two undo its rectangle.
+void FrameCompositor::disposeDrawn(const Decoder &decoder) {
+    const Frame &frame = *decoder.frames[drawnCount_ - 1];
+    for (std::uint32_t r = 0; r < frame.height; ++r) {
+        PackedColor *row = rectangleRow(canvas_, frame, r, decoder.canvasWidth);
+        if (frame.disposal == RestoreBackground)
+            std::fill_n(row, frame.width, decoder.backgroundColor);
+        else if (frame.disposal == RestorePrevious)
+            std::copy_n(saved_.begin() + std::ptrdiff_t{r} * frame.width, frame.width, row);
     }
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <vector>
 
@@ -8,19 +9,45 @@
 
 namespace GifImport {
 
+class Decoder;
+
 // The palette a frame is drawn with: its own, or else the file's global one
 // with the frame's transparent entry made transparent.
 Palette drawingPalette(const Frame &frame, const Palette &globalPalette);
 
-// Draws the frame's raster onto `picture` (a full canvas, row-major). A
-// transparent colour never erases a visible pixel but is stamped, with its
-// alpha of 0, onto pixels that are still transparent.
-void drawFrame(const Frame &frame, const Palette &palette, std::vector<PackedColor> &picture,
+// Draws the frame's raster onto `canvas` (canvasWidth wide, row-major; the
+// frame lies inside it). A transparent colour never erases a visible pixel
+// but is stamped, with its alpha of 0, onto pixels that are still transparent.
+void drawFrame(const Frame &frame, const Palette &palette, PackedColor *canvas,
                std::uint32_t canvasWidth);
 
-// Prepares the canvas for the next frame according to the frame's disposal,
-// and rewrites a disposal the format does not define (0, 4..7) to 0.
-void applyDisposal(Frame &frame, std::vector<PackedColor> &canvas, PackedColor background,
-                   std::uint32_t canvasWidth);
+// Composites a decoder's frames on demand, in the order a viewer shows them.
+// It keeps one canvas with the last frame asked for drawn on it and that
+// frame's disposal still to come, so reading the frames in order costs one
+// drawing per frame; asking for an earlier frame starts again from the first.
+class FrameCompositor {
+public:
+    // The full-canvas picture of frame `index` of the decoder, valid until the
+    // next call.
+    const std::vector<PackedColor> &picture(const Decoder &decoder, std::size_t index);
+
+    // Memory the compositor holds between calls.
+    std::size_t heldBytes() const {
+        return (canvas_.capacity() + saved_.capacity()) * sizeof(PackedColor);
+    }
+    // Whether the next picture needs a canvas to be allocated.
+    bool hasCanvas() const { return !canvas_.empty(); }
+
+private:
+    void restart(const Decoder &decoder);
+    void drawNext(const Decoder &decoder);
+    void disposeDrawn(const Decoder &decoder);
+
+    std::vector<PackedColor> canvas_;
+    // What a restore-previous frame covered before it was drawn.
+    std::vector<PackedColor> saved_;
+    std::size_t drawnCount_ = 0;  // frames drawn since the start; the last one is on show
+    bool consistent_ = false;     // false until a restart, and after an interrupted drawing
+};
 
 }  // namespace GifImport

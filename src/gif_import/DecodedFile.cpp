@@ -9,7 +9,7 @@ int ensureDecoded(Decoder *decoder, const std::string &fileName) {
     if (decoder == nullptr) return CannotOpen;
     decoder->ensureLoaded();
     if (!decoder->hasError()) return Success;
-    unlinkDecoder(fileName);
+    eraseDecoder(fileName);
     return Undecodable;
 }
 

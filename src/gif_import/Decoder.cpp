@@ -3,42 +3,16 @@
 #include <algorithm>
 #include <stdexcept>
 
-#include <unistd.h>
-
 #include <gif_lib.h>
 
+#include "gif_import/DecodeBudget.h"
+#include "gif_import/DecodeDemand.h"
 #include "gif_import/ExtensionScan.h"
 #include "gif_import/FrameExtraction.h"
 #include "gif_import/Palette.h"
 
 namespace GifImport {
 namespace {
-
-// A few bytes of file can declare a 65535 x 65535 screen, and every kept
-// frame holds a full-canvas picture. A file whose pictures would need more
-// than half of the machine's memory reads as undecodable instead of taking
-// the process down.
-std::uint64_t compositingBudget() {
-    static const std::uint64_t budget = [] {
-        const long pages = sysconf(_SC_PHYS_PAGES), pageSize = sysconf(_SC_PAGE_SIZE);
-        if (pages <= 0 || pageSize <= 0) return std::uint64_t{4} << 30;
-        return static_cast<std::uint64_t>(pages) * static_cast<std::uint64_t>(pageSize) / 2;
-    }();
-    return budget;
-}
-
-// Counts the canvas and the images that can be kept: those inside the canvas.
-bool compositingFits(const GifFileType &gif, std::uint32_t width, std::uint32_t height) {
-    std::uint64_t pictures = 1;
-    for (int i = 0; i < gif.ImageCount; ++i) {
-        const GifImageDesc &d = gif.SavedImages[i].ImageDesc;
-        const auto fits = [](int offset, int size, std::uint32_t limit) {
-            return size > 0 && offset >= 0 && std::uint64_t(offset) + std::uint64_t(size) <= limit;
-        };
-        if (fits(d.Left, d.Width, width) && fits(d.Top, d.Height, height)) ++pictures;
-    }
-    return std::uint64_t{width} * height * sizeof(PackedColor) * pictures <= compositingBudget();
-}
 
 int readFromStream(GifFileType *gif, GifByteType *buffer, int length) {
     auto *file = static_cast<std::FILE *>(gif->UserData);
@@ -57,21 +31,35 @@ GifHandle openGif(std::FILE *file) {
     return gif;
 }
 
+// A few bytes of file can declare a 65535 x 65535 screen or thousands of
+// large images. A file whose rasters and canvas would not fit beside the
+// files already cached reads as undecodable instead of taking the process down.
+bool demandFits(std::FILE *file) { return fitsDecodeBudget(measureDecodeDemand(file).totalBytes()); }
+
 }  // namespace
 
 void Decoder::ensureLoaded() {
     if (!loaded && !load()) error = true;
 }
 
+std::uint64_t Decoder::heldBytes() const {
+    std::uint64_t bytes = compositor.heldBytes() + globalPalette.size() * sizeof(PackedColor);
+    for (const auto &frame : frames)
+        bytes += frame->raster.size() + frame->localPalette.size() * sizeof(PackedColor);
+    return bytes;
+}
+
 bool Decoder::load() {
     if (!file) return false;
-    GifHandle gif = openGif(file.get());
+    // Whatever the outcome, the stream is not read again.
+    const FileHandle stream = std::move(file);
+    if (!demandFits(stream.get())) return false;
+    GifHandle gif = openGif(stream.get());
     if (!gif) return false;
     try {
         decodeInto(gif.get());
     } catch (...) {
-        // Covers the decoder's own failures as well as bad_alloc and an
-        // out-of-range canvas position while compositing.
+        // Covers the decoder's own failures as well as bad_alloc.
         reset();
         return false;
     }
@@ -96,8 +84,6 @@ void Decoder::decodeInto(GifFileType *gif) {
 
     scanExtensions(gif->ExtensionBlocks, gif->ExtensionBlockCount, loopCount, fileComments);
     canvasPixelCount = canvasWidth * canvasHeight;
-    if (!compositingFits(*gif, canvasWidth, canvasHeight))
-        throw std::runtime_error("Loading data failed");
 
     if (gif->SColorMap != nullptr) {
         globalPalette = paletteFromColorMap(*gif->SColorMap);
@@ -107,7 +93,6 @@ void Decoder::decodeInto(GifFileType *gif) {
         else
             backgroundIndex = -1;
     }
-    canvas.assign(canvasPixelCount, backgroundColor);
 
     const int kept = extractFrames(*this, gif, gif->ImageCount);
     if (kept < 0) throw std::runtime_error("Frames extraction failed");
@@ -115,7 +100,7 @@ void Decoder::decodeInto(GifFileType *gif) {
 }
 
 void Decoder::reset() {
-    canvas.clear();
+    compositor = FrameCompositor();
     globalPalette.clear();
     frames.clear();
 }

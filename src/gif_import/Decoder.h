@@ -8,6 +8,7 @@
 
 #include <gif_lib.h>
 
+#include "gif_import/Compositor.h"
 #include "gif_import/Frame.h"
 #include "gif_import/PackedColor.h"
 
@@ -19,7 +20,9 @@ struct FileCloser {
 using FileHandle = std::unique_ptr<std::FILE, FileCloser>;
 
 // A GIF file opened for reading, decoded in one go on the first question
-// about it. Once loaded it never changes.
+// about it. Once loaded its facts never change; it keeps the frames' rasters,
+// and its compositor draws their pictures when they are asked for. The stream
+// is closed once the decode has been tried.
 class Decoder {
 public:
     explicit Decoder(FileHandle file) : file(std::move(file)) {}
@@ -28,11 +31,13 @@ public:
     Decoder &operator=(const Decoder &) = delete;
 
     // Decodes on the first call. A failed decode sets the error flag and is
-    // tried again on the next call (the stream is then at its end, so it fails).
+    // tried again on the next call (the stream is then closed, so it fails).
     void ensureLoaded();
 
     bool hasError() const { return error; }
     bool hasGlobalPalette() const { return !globalPalette.empty(); }
+    // The memory the decoder holds between calls.
+    std::uint64_t heldBytes() const;
 
     std::int32_t backgroundIndex = -1;
     std::int32_t loopCount = -1;
@@ -46,8 +51,8 @@ public:
     std::uint32_t frameCount = 0;
     std::vector<std::string> fileComments;
     std::vector<std::unique_ptr<Frame>> frames;
-    std::vector<PackedColor> canvas;
     Palette globalPalette;
+    FrameCompositor compositor;
 
 private:
     bool load();

@@ -2,7 +2,6 @@
 
 #include <map>
 #include <memory>
-#include <vector>
 
 #ifdef _WIN32
 #include <utf8.h>
@@ -14,14 +13,6 @@ namespace {
 std::map<std::string, std::unique_ptr<Decoder>> &cache() {
     static std::map<std::string, std::unique_ptr<Decoder>> decoders;
     return decoders;
-}
-
-// Decoders taken out of the cache after a failed decode. The entry vanishes
-// at once, but the object and its open stream live on until un-initialisation;
-// holding them here keeps that behaviour without leaking them.
-std::vector<std::unique_ptr<Decoder>> &graveyard() {
-    static std::vector<std::unique_ptr<Decoder>> unlinked;
-    return unlinked;
 }
 
 // The kernel's names are UTF-8; only the wide open reaches every name on
@@ -47,14 +38,6 @@ Decoder *getOrLoad(const std::string &fileName) {
     return decoders.insert_or_assign(fileName, std::move(decoder)).first->second.get();
 }
 
-void unlinkDecoder(const std::string &fileName) {
-    auto &decoders = cache();
-    auto found = decoders.find(fileName);
-    if (found == decoders.end()) return;
-    graveyard().push_back(std::move(found->second));
-    decoders.erase(found);
-}
-
 bool eraseDecoder(const std::string &fileName) {
     return cache().erase(fileName) != 0;
 }
@@ -62,9 +45,14 @@ bool eraseDecoder(const std::string &fileName) {
 void destroyAllDecoders() {
     auto &decoders = cache();
     while (!decoders.empty()) decoders.erase(decoders.begin());
-    graveyard().clear();
 }
 
 std::size_t cachedDecoderCount() { return cache().size(); }
+
+std::uint64_t bytesHeldByDecoders() {
+    std::uint64_t bytes = 0;
+    for (const auto &entry : cache()) bytes += entry.second->heldBytes();
+    return bytes;
+}
 
 }  // namespace GifImport

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <string>
 
 #include "gif_import/Decoder.h"
@@ -13,16 +14,17 @@ namespace GifImport {
 // can be opened; null (and nothing cached) otherwise.
 Decoder *getOrLoad(const std::string &fileName);
 
-// Removes the entry of a file found undecodable, so that the next call opens
-// and decodes it afresh.
-void unlinkDecoder(const std::string &fileName);
-
-// Destroys the file's decoder; false when it was not cached.
+// Destroys the file's decoder, closing its stream and freeing its memory;
+// false when it was not cached. The next call about the file opens and
+// decodes it afresh.
 bool eraseDecoder(const std::string &fileName);
 
-// Destroys every decoder, cached or unlinked.
+// Destroys every decoder.
 void destroyAllDecoders();
 
 std::size_t cachedDecoderCount();
+
+// The memory that every cached decoder holds.
+std::uint64_t bytesHeldByDecoders();
 
 }  // namespace GifImport

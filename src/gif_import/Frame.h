@@ -5,11 +5,16 @@
 #include <vector>
 
 #include "gif_import/PackedColor.h"
+#include "gif_import/Raster.h"
 
 namespace GifImport {
 
-// One usable image of a decoded file, with the full-canvas picture that a
-// viewer shows at that point of the animation.
+// What becomes of the canvas after a frame. Values the format does not
+// define are stored as Unspecified, which keeps the frame like Keep.
+enum Disposal : std::uint32_t { Unspecified = 0, Keep = 1, RestoreBackground = 2, RestorePrevious = 3 };
+
+// One usable image of a decoded file. Its composited picture is not kept: the
+// decoder's compositor draws it when a frame reader asks.
 class Frame {
 public:
     Frame(std::uint32_t height, std::uint32_t width, std::uint32_t top, std::uint32_t left)
@@ -20,16 +25,15 @@ public:
 
     // A frame that does not cover the canvas lets earlier frames or the
     // transparent background show through, so it needs alpha as well.
-    bool needsAlpha(std::uint32_t canvasPixelCount) const {
+    bool needsAlpha(std::uint64_t canvasPixelCount) const {
         return hasTransparentIndex() || raster.size() < canvasPixelCount;
     }
-    int channels(std::uint32_t canvasPixelCount) const {
+    int channels(std::uint64_t canvasPixelCount) const {
         return needsAlpha(canvasPixelCount) ? 4 : 3;
     }
 
-    std::vector<PackedColor> picture;
     Palette localPalette;
-    std::vector<std::uint8_t> raster;
+    Raster raster;
     std::int32_t transparentIndex = -2;
     std::uint8_t userInputFlag = 0;
     std::uint32_t delayMilliseconds = 0;
@@ -37,7 +41,7 @@ public:
     std::uint32_t width;
     std::uint32_t top;
     std::uint32_t left;
-    std::uint32_t disposal = 0;
+    Disposal disposal = Unspecified;
     std::vector<std::string> comments;
 };
 

@@ -1,8 +1,8 @@
 #include "gif_import/FrameExtraction.h"
 
 #include <memory>
+#include <utility>
 
-#include "gif_import/Compositor.h"
 #include "gif_import/Decoder.h"
 #include "gif_import/ExtensionScan.h"
 #include "gif_import/Palette.h"
@@ -10,11 +10,22 @@
 namespace GifImport {
 namespace {
 
+// The one rule for which images are usable: inside the canvas and not empty.
+// Compositing relies on it, so it never draws outside the canvas.
 bool fitsCanvas(const Frame &frame, const Decoder &decoder) {
     return frame.top + frame.height <= decoder.canvasHeight &&
            frame.left + frame.width <= decoder.canvasWidth && frame.width != 0 &&
            frame.height != 0 && frame.width <= decoder.canvasWidth &&
            frame.height <= decoder.canvasHeight;
+}
+
+Disposal disposalOf(int mode) {
+    switch (mode) {
+    case Keep: return Keep;
+    case RestoreBackground: return RestoreBackground;
+    case RestorePrevious: return RestorePrevious;
+    default: return Unspecified;  // drawn like Keep
+    }
 }
 
 std::unique_ptr<Frame> frameFor(const GifImageDesc &image) {
@@ -27,7 +38,7 @@ std::unique_ptr<Frame> frameFor(const GifImageDesc &image) {
 void applyGraphicsControl(Frame &frame, const GraphicsControlBlock &gcb,
                           const Palette &globalPalette) {
     frame.delayMilliseconds = static_cast<std::uint32_t>(gcb.DelayTime) * 10;
-    frame.disposal = static_cast<std::uint32_t>(gcb.DisposalMode);
+    frame.disposal = disposalOf(gcb.DisposalMode);
     frame.userInputFlag = gcb.UserInputFlag ? 1 : 0;
     const int transparent = gcb.TransparentColor;
     if (transparent < 0) return;
@@ -42,20 +53,13 @@ void applyGraphicsControl(Frame &frame, const GraphicsControlBlock &gcb,
     }
 }
 
-void composite(Frame &frame, Decoder &decoder) {
-    frame.picture = decoder.canvas;
-    drawFrame(frame, drawingPalette(frame, decoder.globalPalette), frame.picture,
-              decoder.canvasWidth);
-    applyDisposal(frame, decoder.canvas, decoder.backgroundColor, decoder.canvasWidth);
-}
-
 }  // namespace
 
 int extractFrames(Decoder &decoder, GifFileType *gif, int imageCount) {
-    if (gif == nullptr || decoder.canvas.size() != decoder.canvasPixelCount) return -1;
+    if (gif == nullptr) return -1;
     int kept = 0;
     for (int i = 0; i < imageCount; ++i) {
-        const SavedImage &saved = gif->SavedImages[i];
+        SavedImage &saved = gif->SavedImages[i];
         std::unique_ptr<Frame> frame = frameFor(saved.ImageDesc);
         if (!fitsCanvas(*frame, decoder)) continue;
         if (saved.ImageDesc.ColorMap != nullptr)
@@ -68,10 +72,9 @@ int extractFrames(Decoder &decoder, GifFileType *gif, int imageCount) {
             applyGraphicsControl(*frame, gcb, decoder.globalPalette);
         scanExtensions(saved.ExtensionBlocks, saved.ExtensionBlockCount, decoder.loopCount,
                        frame->comments);
-        frame->raster.assign(saved.RasterBits,
-                             saved.RasterBits + std::size_t{frame->width} * frame->height);
-
-        composite(*frame, decoder);
+        // Taken over, not copied: giflib frees only the rasters left to it.
+        frame->raster = Raster(std::exchange(saved.RasterBits, nullptr),
+                               std::size_t{frame->width} * frame->height);
         decoder.frames.push_back(std::move(frame));
         ++kept;
     }

@@ -6,9 +6,9 @@ namespace GifImport {
 
 class Decoder;
 
-// Turns every usable saved image of `gif` into a composited Frame of the
-// decoder, in file order. Returns the number kept, or -1 when the decoder's
-// canvas is not ready.
+// Turns every usable saved image of `gif` into a Frame of the decoder, in
+// file order, taking its raster over from giflib. Returns the number kept, or
+// -1 without a giflib handle.
 int extractFrames(Decoder &decoder, GifFileType *gif, int imageCount);
 
 }  // namespace GifImport

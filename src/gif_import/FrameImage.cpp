@@ -31,10 +31,14 @@ void FrameImage::setSlice(std::size_t slice, const std::vector<PackedColor> &pic
         std::memcpy(target, picture.data(), picture.size() * sizeof(PackedColor));
         return;
     }
-    for (PackedColor color : picture) {
-        const ColorBytes bytes = colorBytes(color);
-        target = std::copy_n(bytes.begin(), 3, target);
-    }
+    // Four bytes stored per pixel and the pointer moved by three: the spare
+    // alpha byte is overwritten by the next pixel's red. The last pixel must
+    // not spill past the slice.
+    if (picture.empty()) return;
+    const std::size_t last = picture.size() - 1;
+    for (std::size_t i = 0; i < last; ++i, target += 3) std::memcpy(target, &picture[i], 4);
+    const ColorBytes bytes = colorBytes(picture[last]);
+    std::copy_n(bytes.begin(), 3, target);
 }
 
 void FrameImage::passToResult(MArgument result) {

@@ -1,3 +1,4 @@
+#include "gif_import/DecodeBudget.h"
 #include "gif_import/DecodedFile.h"
 #include "gif_import/DecoderCache.h"
 #include "gif_import/FrameImage.h"
@@ -17,6 +18,19 @@ int channelsForAll(const Decoder &decoder) {
     return alpha ? 4 : 3;
 }
 
+// The result image and, the first time, the compositor's canvas count in the
+// same budget as the decoded files. A file whose pictures do not fit reads as
+// undecodable and is dropped, as one whose rasters do not fit.
+int reserveForPictures(Decoder &decoder, const std::string &fileName, std::uint64_t slices,
+                       int channels) {
+    const std::uint64_t pixels = decoder.canvasPixelCount;
+    const std::uint64_t canvas = decoder.compositor.hasCanvas() ? 0 : pixels * sizeof(PackedColor);
+    if (fitsDecodeBudget(slices * pixels * static_cast<std::uint64_t>(channels) + canvas))
+        return Success;
+    eraseDecoder(fileName);
+    return Undecodable;
+}
+
 int oneFrame(QuorbelLibraryData library, const std::string &fileName, mint frameNumber,
              MArgument result) {
     // Loaded before the frame number is checked, so a bad number still leaves
@@ -27,13 +41,12 @@ int oneFrame(QuorbelLibraryData library, const std::string &fileName, mint frame
     if (int code = ensureDecoded(decoder, fileName); code != Success) return code;
     if (static_cast<std::uint64_t>(index) >= decoder->frames.size()) return NoFrames;
 
-    const Frame &frame = *decoder->frames[static_cast<std::size_t>(index)];
+    const int channels = decoder->frames[static_cast<std::size_t>(index)]->channels(decoder->canvasPixelCount);
+    if (int code = reserveForPictures(*decoder, fileName, 1, channels); code != Success) return code;
     FrameImage image(library->imageFunctions);
-    if (int code = image.create(0, decoder->canvasWidth, decoder->canvasHeight,
-                                frame.channels(decoder->canvasPixelCount));
-        code != 0)
+    if (int code = image.create(0, decoder->canvasWidth, decoder->canvasHeight, channels); code != 0)
         return code;
-    image.setSlice(0, frame.picture);
+    image.setSlice(0, decoder->compositor.picture(*decoder, static_cast<std::size_t>(index)));
     image.passToResult(result);
     return Success;
 }
@@ -43,13 +56,13 @@ int allFrames(QuorbelLibraryData library, const std::string &fileName, MArgument
     if (int code = decodedWithFrames(fileName, decoder); code != Success) return code;
     const std::size_t count = decoder->frames.size();
 
+    const int channels = channelsForAll(*decoder);
+    if (int code = reserveForPictures(*decoder, fileName, count, channels); code != Success) return code;
     FrameImage image(library->imageFunctions);
     const mint slices = count > 1 ? static_cast<mint>(count) : 0;
-    if (int code = image.create(slices, decoder->canvasWidth, decoder->canvasHeight,
-                                channelsForAll(*decoder));
-        code != 0)
+    if (int code = image.create(slices, decoder->canvasWidth, decoder->canvasHeight, channels); code != 0)
         return code;
-    for (std::size_t i = 0; i < count; ++i) image.setSlice(i, decoder->frames[i]->picture);
+    for (std::size_t i = 0; i < count; ++i) image.setSlice(i, decoder->compositor.picture(*decoder, i));
     image.passToResult(result);
     return Success;
 }

@@ -29,7 +29,7 @@ void LinkWriter::integer(std::int64_t value) { check(ZvPutInteger64(link_, value
 
 void LinkWriter::real(double value) { check(ZvPutReal64(link_, value)); }
 
-void LinkWriter::byteArray(const std::vector<std::uint8_t> &data,
+void LinkWriter::byteArray(std::span<const std::uint8_t> data,
                            const std::vector<int> &dimensions) {
     check(ZvPutInteger8Array(link_, data.data(), dimensions.data(), nullptr,
                              static_cast<int>(dimensions.size())));

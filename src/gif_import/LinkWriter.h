@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <stdexcept>
 #include <string>
+#include <span>
 #include <vector>
 
 #include "gif_import/PackedColor.h"
@@ -27,7 +28,7 @@ public:
     void utf8(const std::string &bytes);
     void integer(std::int64_t value);
     void real(double value);
-    void byteArray(const std::vector<std::uint8_t> &data, const std::vector<int> &dimensions);
+    void byteArray(std::span<const std::uint8_t> data, const std::vector<int> &dimensions);
 
     // Rule["key", ...]: the value follows.
     void rule(const char *key);

@@ -63,11 +63,11 @@ void writeTransparentColor(LinkWriter &out, const Frame &frame, const Decoder &d
     throw LinkWriteFailed();
 }
 
-void writeDisposal(LinkWriter &out, std::uint32_t disposal) {
+void writeDisposal(LinkWriter &out, Disposal disposal) {
     switch (disposal) {
-    case 1: return out.string("None");
-    case 2: return out.string("Background");
-    case 3: return out.string("Previous");
+    case Keep: return out.string("None");
+    case RestoreBackground: return out.string("Background");
+    case RestorePrevious: return out.string("Previous");
     default:
         out.function("Missing", 1);
         out.string("NotAvailable");

@@ -28,7 +28,7 @@ void writePalettes(LinkWriter &out, const Decoder &decoder) {
 void writeRasters(LinkWriter &out, const Decoder &decoder) {
     out.function("List", static_cast<int>(decoder.frames.size()));
     for (const auto &frame : decoder.frames)
-        out.byteArray(frame->raster, {static_cast<int>(frame->height), static_cast<int>(frame->width)});
+        out.byteArray(frame->raster.bytes(), {static_cast<int>(frame->height), static_cast<int>(frame->width)});
 }
 
 }  // namespace

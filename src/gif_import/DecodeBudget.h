@@ -1,0 +1,15 @@
+#pragma once
+
+#include <cstdint>
+
+namespace GifImport {
+
+// The bytes that all decoded files may hold together: the count given by the
+// environment variable TARVEX_DECODE_BUDGET when it is set, else half of the
+// machine's physical memory.
+std::uint64_t decodeBudget();
+
+// Whether `bytes` more fit in the budget beside what the cached decoders hold.
+bool fitsDecodeBudget(std::uint64_t bytes);
+
+}  // namespace GifImport

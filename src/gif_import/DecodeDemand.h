@@ -1,0 +1,25 @@
+#pragma once
+
+#include <cstdint>
+#include <cstdio>
+
+namespace GifImport {
+
+// The memory a file's decode will take, read from its image descriptors
+// before giflib allocates anything: giflib's rasters (one byte per pixel of
+// every image, usable or not) and the canvas that its frames are composited on.
+struct DecodeDemand {
+    std::uint64_t rasterBytes = 0;
+    std::uint32_t canvasWidth = 0;
+    std::uint32_t canvasHeight = 0;
+
+    std::uint64_t canvasBytes() const;
+    std::uint64_t totalBytes() const { return rasterBytes + canvasBytes(); }
+};
+
+// Walks the blocks of the GIF stream from its start without decoding any
+// image data, then rewinds the stream. A damaged stream is measured as far
+// as it can be read; giflib then judges it.
+DecodeDemand measureDecodeDemand(std::FILE *file);
+
+}  // namespace GifImport
