@@ -1,9 +1,14 @@
 #!/usr/bin/env bash
-# Runs every benchmark of a Release build, one core, with repeatable settings.
+# Runs every benchmark of a Release build, one core, with repeatable settings,
+# then the comparisons with peers that need files built for them.
 set -euo pipefail
 build=${1:-build/release}
 for program in "$build"/bench/*_benchmark; do
   [ -x "$program" ] || continue
+  # Its file is built by its comparison script below.
+  [ "$(basename "$program")" = import_benchmark ] && continue
   printf '\n== %s\n' "$(basename "$program")"
   taskset -c 0 "$program" --benchmark_min_time=1 "${@:2}"
 done
+printf '\n== compare_import.sh\n'
+"$(dirname "$0")/../bench/compare_import.sh" "$build"

@@ -1,0 +1,88 @@
+// ReadAllFrames through the reference host beside giflib's bare DGifSlurp of
+// the same file, named by TARVEX_IMPORT_GIF (bench/compare_import.sh builds
+// one). Every ReadAllFrames call decodes afresh: the file is cleared from the
+// cache after each. TARVEX_PLUGIN names another build of the plug-in.
+#include <cstdio>
+#include <cstdlib>
+
+#include <benchmark/benchmark.h>
+#include <gif_lib.h>
+
+#include "refhost/refhost.h"
+
+namespace {
+
+const char *gifPath() {
+    const char *path = std::getenv("TARVEX_IMPORT_GIF");
+    return path != nullptr ? path : "";
+}
+
+RhPlugin *loadedPlugin() {
+    static RhPlugin *plugin = [] {
+        const char *path = std::getenv("TARVEX_PLUGIN");
+        char error[512] = {};
+        RhPlugin *loaded = rh_plugin_load(path != nullptr ? path : TARVEX_PLUGIN_PATH, error, sizeof error);
+        if (loaded == nullptr) {
+            std::fprintf(stderr, "cannot load the plug-in: %s\n", error);
+            std::exit(1);
+        }
+        rh_plugin_initialize(loaded, nullptr);
+        return loaded;
+    }();
+    return plugin;
+}
+
+void readAllFrames(benchmark::State &state) {
+    const RhValue name{RH_STRING, {.string = gifPath()}, 0};
+    for (auto _ : state) {
+        RhValue image{RH_IMAGE, {}, 0};
+        if (rh_call(loadedPlugin(), "ReadAllFrames", 1, &name, &image) != 0) {
+            state.SkipWithError("ReadAllFrames failed: set TARVEX_IMPORT_GIF to a GIF file");
+            break;
+        }
+        rh_library_data(RH_TABLE_FULL)->imageFunctions->free(image.value.image);
+        RhValue cleared{RH_BOOLEAN, {}, 0};
+        rh_call(loadedPlugin(), "ClearCache", 1, &name, &cleared);
+    }
+}
+
+// What the host alone spends on an image the size of ReadAllFrames' answer:
+// allocating and zeroing it, then freeing it. DGifSlurp has no such cost.
+void hostResultImage(benchmark::State &state) {
+    const RhValue name{RH_STRING, {.string = gifPath()}, 0};
+    RhValue answer{RH_IMAGE, {}, 0};
+    if (rh_call(loadedPlugin(), "ReadAllFrames", 1, &name, &answer) != 0) {
+        state.SkipWithError("ReadAllFrames failed: set TARVEX_IMPORT_GIF to a GIF file");
+        return;
+    }
+    const QuorbelImageFunctions images = rh_library_data(RH_TABLE_FULL)->imageFunctions;
+    const mint slices = images->getSliceCount(answer.value.image), width = images->getColumnCount(answer.value.image),
+               height = images->getRowCount(answer.value.image), channels = images->getChannels(answer.value.image);
+    images->free(answer.value.image);
+    for (auto _ : state) {
+        MImage image = nullptr;
+        images->new3D(slices, width, height, channels, MImage_Type_Bit8, MImage_CS_RGB, 1, &image);
+        images->free(image);
+    }
+}
+
+void giflibSlurp(benchmark::State &state) {
+    for (auto _ : state) {
+        int error = 0;
+        GifFileType *gif = DGifOpenFileName(gifPath(), &error);
+        const bool decoded = gif != nullptr && DGifSlurp(gif) == GIF_OK;
+        if (gif != nullptr) DGifCloseFile(gif, &error);
+        if (!decoded) {
+            state.SkipWithError("DGifSlurp failed: set TARVEX_IMPORT_GIF to a GIF file");
+            break;
+        }
+    }
+}
+
+}  // namespace
+
+BENCHMARK(readAllFrames)->Unit(benchmark::kMillisecond)->UseRealTime();
+BENCHMARK(hostResultImage)->Unit(benchmark::kMillisecond)->UseRealTime();
+BENCHMARK(giflibSlurp)->Unit(benchmark::kMillisecond)->UseRealTime();
+
+BENCHMARK_MAIN();
