@@ -1,9 +1,13 @@
 #include "ImportCalls.h"
 
+#include <cstdlib>
+
 namespace gif_test {
 namespace {
 
 QuorbelLibraryData table() { return rh_library_data(RH_TABLE_FULL); }
+
+constexpr const char *kBudgetVariable = "TARVEX_DECODE_BUDGET";
 
 Picture takePicture(int code, const RhValue &result) {
     Picture picture;
@@ -94,6 +98,20 @@ int clearCache(const std::string &path, bool *removed) {
 
 std::string linkAnswer(const char *exportName, const std::string &path, int *code) {
     return tarvex_test::callLink(exportName, ("{\"" + path + "\"}").c_str(), code);
+}
+
+ScopedDecodeBudget::ScopedDecodeBudget(std::uint64_t bytes) {
+    const char *previous = std::getenv(kBudgetVariable);
+    hadPrevious_ = previous != nullptr;
+    if (hadPrevious_) previous_ = previous;
+    ::setenv(kBudgetVariable, std::to_string(bytes).c_str(), 1);
+}
+
+ScopedDecodeBudget::~ScopedDecodeBudget() {
+    if (hadPrevious_)
+        ::setenv(kBudgetVariable, previous_.c_str(), 1);
+    else
+        ::unsetenv(kBudgetVariable);
 }
 
 }  // namespace gif_test

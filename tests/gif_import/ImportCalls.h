@@ -43,4 +43,18 @@ int clearCache(const std::string &path, bool *removed = nullptr);
 // Calls a link export with {path}; the answer in input form.
 std::string linkAnswer(const char *exportName, const std::string &path, int *code);
 
+// Sets the bytes that decoded files may hold together for the life of the
+// object, so that no answer depends on the machine's memory.
+class ScopedDecodeBudget {
+public:
+    explicit ScopedDecodeBudget(std::uint64_t bytes);
+    ~ScopedDecodeBudget();
+    ScopedDecodeBudget(const ScopedDecodeBudget &) = delete;
+    ScopedDecodeBudget &operator=(const ScopedDecodeBudget &) = delete;
+
+private:
+    std::string previous_;
+    bool hadPrevious_;
+};
+
 }  // namespace gif_test

@@ -1,0 +1,227 @@
+// What a decoded file may hold: the budget that refuses a file before giflib
+// allocates, counted over the cached files and the frame readers' answers;
+// hostile files answered without the memory their screens declare; streams
+// closed after failed decodes; frames composited on demand in any order.
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <array>
+#include <cstdio>
+#include <filesystem>
+#include <functional>
+
+#include <gtest/gtest.h>
+
+#include "ImportCalls.h"
+
+namespace gif_test {
+namespace {
+
+class DecodeMemory : public ::testing::Test {
+protected:
+    // Every test starts with nothing cached, so that only its own files count.
+    void SetUp() override {
+        rh_plugin_uninitialize(tarvex_test::plugin());
+        rh_plugin_initialize(tarvex_test::plugin(), nullptr);
+    }
+
+private:
+    tarvex_test::HostBooksGuard books;
+};
+
+int metadataCode(const std::string &path) {
+    int code = 99;
+    linkAnswer("ReadFileMetadata", path, &code);
+    return code;
+}
+
+bool isCached(const std::string &path) {
+    bool removed = false;
+    clearCache(path, &removed);
+    return removed;
+}
+
+TEST_F(DecodeMemory, TheBudgetCountsEveryRasterAndTheCanvasBeforeDecoding) {
+    // Extensions, local and global colour tables and interlaced data to be
+    // skipped; an image wider than the screen widens the canvas to 8 x 4.
+    const std::string path = GifBuilder(6, 4, kEight)
+                                 .loop(0).comment({"x", "yz"})
+                                 .control(2, 0, 5)
+                                 .image(1, 1, 2, 2, {1, 2, 3, 4}, kEight, true)
+                                 .solid(0, 0, 6, 4, 1)
+                                 .solid(0, 0, 8, 1, 3)
+                                 .write("demand.gif");
+    const std::uint64_t rasters = 4 + 24 + 8, canvas = 8 * 4 * 4;
+    {
+        ScopedDecodeBudget budget(rasters + canvas - 1);
+        EXPECT_EQ(metadataCode(path), -3);
+        EXPECT_FALSE(isCached(path));
+    }
+    ScopedDecodeBudget budget(rasters + canvas);
+    EXPECT_EQ(metadataCode(path), 0);
+    EXPECT_TRUE(isCached(path));
+}
+
+TEST_F(DecodeMemory, CachedFilesAndTheAnswerImageShareTheBudget) {
+    // One 100 x 100 frame: 10,000 bytes of raster and a 40,000-byte canvas.
+    const std::string first = GifBuilder(100, 100, kEight).solid(0, 0, 100, 100, 2).write("first.gif");
+    const std::string second = GifBuilder(100, 100, kEight).solid(0, 0, 100, 100, 3).write("second.gif");
+    {
+        ScopedDecodeBudget budget(55'000);
+        EXPECT_EQ(metadataCode(first), 0);
+        EXPECT_EQ(metadataCode(second), -3);  // the first one's raster is still held
+        EXPECT_TRUE(isCached(first));
+        EXPECT_EQ(metadataCode(second), 0);
+        // The answer needs 30,000 bytes and the compositor's canvas 40,000.
+        EXPECT_EQ(readAllFrames(second).code, -3);
+        EXPECT_FALSE(isCached(second));
+    }
+    ScopedDecodeBudget budget(200'000);
+    EXPECT_EQ(readAllFrames(second).rows()[99], std::string(100, 'B'));
+    EXPECT_TRUE(isCached(second));
+}
+
+long openDescriptors() {
+    std::error_code error;
+    const std::filesystem::directory_iterator entries("/proc/self/fd", error);
+    if (error) return -1;
+    return std::distance(std::filesystem::begin(entries), std::filesystem::end(entries));
+}
+
+TEST_F(DecodeMemory, UndecodableReadsCloseTheirStreams) {
+    ScopedDecodeBudget budget(std::uint64_t{1} << 30);
+    const std::string bad = RawGif(2, 2, {kRed, kGreen})
+                                .imageWithData(0, 0, 2, 2, 2, {0xff, 0xff, 0xff, 0xff})
+                                .write("undecodable.gif");
+    const std::string good = GifBuilder(2, 1, {kRed, kGreen}).image(0, 0, 2, 1, {0, 1}).write("good.gif");
+    const long before = openDescriptors();
+    for (int i = 0; i < 2000; ++i) ASSERT_EQ(readOneFrame(bad, 1).code, -3) << "read " << i;
+    if (before >= 0) {
+        EXPECT_EQ(openDescriptors(), before);
+    }
+    EXPECT_EQ(readOneFrame(good, 1).rows(), std::vector<std::string>{"RG"});
+    if (before >= 0) {
+        EXPECT_EQ(openDescriptors(), before) << "a decoded file keeps its stream open";
+    }
+}
+
+// Runs `calls` in a child process whose address space may grow by `headroom`
+// bytes only, and returns the codes it collected; empty when the limit cannot
+// be set (sanitizers reserve terabytes of address space, so they cannot run
+// under such a limit).
+std::vector<int> codesUnderAddressLimit(std::uint64_t headroom,
+                                        const std::function<std::vector<int>()> &calls) {
+#if defined(__SANITIZE_ADDRESS__)
+    (void)headroom, (void)calls;
+    return {};
+#else
+    std::array<int, 2> pipeEnds{};
+    if (::pipe(pipeEnds.data()) != 0) return {};
+    const pid_t child = ::fork();
+    if (child == 0) {
+        long pages = 0;
+        std::FILE *statm = std::fopen("/proc/self/statm", "r");
+        const bool measured = statm != nullptr && std::fscanf(statm, "%ld", &pages) == 1;
+        if (statm != nullptr) std::fclose(statm);
+        const rlim_t size = static_cast<rlim_t>(pages) * static_cast<rlim_t>(::sysconf(_SC_PAGE_SIZE));
+        const rlimit limit{size + headroom, size + headroom};
+        std::vector<int> codes;
+        if (measured && ::setrlimit(RLIMIT_AS, &limit) == 0) codes = calls();
+        const auto bytes = static_cast<ssize_t>(codes.size() * sizeof(int));
+        _exit(::write(pipeEnds[1], codes.data(), codes.size() * sizeof(int)) == bytes ? 0 : 1);
+    }
+    ::close(pipeEnds[1]);
+    std::vector<int> codes;
+    for (int code = 0; ::read(pipeEnds[0], &code, sizeof code) == sizeof code;) codes.push_back(code);
+    ::close(pipeEnds[0]);
+    int status = 0;
+    ::waitpid(child, &status, 0);
+    return WIFEXITED(status) && WEXITSTATUS(status) == 0 ? codes : std::vector<int>{};
+#endif
+}
+
+std::vector<int> allLinkCodes(const std::string &path) {
+    std::vector<int> codes;
+    for (const char *name : {"ReadFileMetadata", "ReadFrameMetadata", "ReadPalettes", "ReadRasterBits"}) {
+        int code = 99;
+        linkAnswer(name, path, &code);
+        codes.push_back(code);
+    }
+    codes.push_back(readGlobalPalette(path).code);
+    return codes;
+}
+
+TEST_F(DecodeMemory, HostileFilesAnswerWithoutTheMemoryTheirScreensDeclare) {
+    // Decoding the first two needed 3 and 1 GiB, the third 8 GiB: a picture
+    // of the whole screen for every one of its 1 x 1 frames.
+    const std::string dropped = RawGif(28781, 25964).solid(0, 0, 1, 1, 0).write("dropped-frame.gif");
+    const std::string screen = RawGif(16384, 16384, {kRed, kGreen}).solid(0, 0, 1, 1, 1).write("huge-screen.gif");
+    RawGif pixels(1000, 1000, {kRed, kGreen});
+    for (int i = 0; i < 2000; ++i) pixels.solid(i % 1000, 0, 1, 1, 1);
+    const std::string manyFrames = pixels.write("2000-pixels.gif");
+
+    ScopedDecodeBudget budget(std::uint64_t{1} << 40);  // only the address space limits
+    const std::vector<int> codes = codesUnderAddressLimit(std::uint64_t{256} << 20, [&] {
+        std::vector<int> all = allLinkCodes(dropped);
+        all.push_back(readOneFrame(dropped, 1).code);
+        all.push_back(readAllFrames(dropped).code);
+        for (const std::string &path : {screen, manyFrames}) {
+            const std::vector<int> more = allLinkCodes(path);
+            all.insert(all.end(), more.begin(), more.end());
+        }
+        // The last frame, then the first again: one canvas, one answer each.
+        for (long frame : {2000L, 1L}) {
+            const Picture picture = readOneFrame(manyFrames, frame);
+            all.push_back(picture.code);
+            all.push_back(picture.pixel(0, frame == 1 ? 0 : 999, 0)[3]);
+        }
+        return all;
+    });
+    if (codes.empty()) GTEST_SKIP() << "cannot limit the address space here";
+    const std::vector<int> expected{-1, -1, -1, -1, -1, -1, -1,  // no usable frame
+                                    0,  0,  0,  0,  0,           // metadata of a 1 x 1 frame
+                                    0,  0,  0,  0,  0,           // metadata of 2000 frames
+                                    0,  255, 0, 255};            // frames 2000 and 1, drawn opaque
+    EXPECT_EQ(codes, expected);
+}
+
+// Frames read one by one, in any order and between whole readings, are the
+// slices of ReadAllFrames.
+TEST_F(DecodeMemory, FramesReadInAnyOrderAreTheSlicesOfAllFrames) {
+    const std::string path = GifBuilder(4, 2, kEight, 4)
+                                 .control(2).solid(0, 0, 4, 2, 1)
+                                 .control(3, 0).image(1, 0, 2, 2, {2, 0, 0, 2})
+                                 .control(1, 3).image(0, 1, 3, 1, {3, 5, 3})
+                                 .control(3).solid(2, 0, 2, 1, 6)
+                                 .control(0).solid(0, 0, 1, 2, 7)
+                                 .control(2).image(3, 1, 1, 1, {0})
+                                 .write("orders.gif");
+    const Picture all = readAllFrames(path);
+    ASSERT_EQ(all.slices, 6);
+    // Frames that need no alpha come with three channels alone.
+    const auto rgba = [](const Picture &picture, long slice) {
+        std::vector<std::uint8_t> samples;
+        for (long y = 0; y < picture.height; ++y)
+            for (long x = 0; x < picture.width; ++x) {
+                const std::vector<std::uint8_t> pixel = picture.pixel(slice, x, y);
+                samples.insert(samples.end(), pixel.begin(), pixel.end());
+            }
+        return samples;
+    };
+    const std::vector<std::vector<long>> orders{
+        {1, 2, 3, 4, 5, 6}, {6, 5, 4, 3, 2, 1}, {3, 3, 1, 4, 1, 5, 2, 6, 5}, {2, 0, 4, 6}};
+    for (const std::vector<long> &order : orders) {
+        for (long frame : order) {
+            if (frame == 0) {  // a whole reading in between
+                EXPECT_EQ(readAllFrames(path).samples, all.samples);
+                continue;
+            }
+            EXPECT_EQ(rgba(readOneFrame(path, frame), 0), rgba(all, frame - 1)) << "frame " << frame;
+        }
+    }
+    clearCache(path);
+}
+
+}  // namespace
+}  // namespace gif_test
