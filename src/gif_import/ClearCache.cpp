@@ -1,18 +1,17 @@
 #include "gif_import/DecoderCache.h"
-#include "gif_import/HostString.h"
 #include "gif_import/ImportCodes.h"
 #include "gif_import/ImportExports.h"
 #include "host/LibraryData.h"
+#include "host/MArgumentManager.h"
 
 namespace GifImport {
 
 int clearCache(mint argc, MArgument *args, MArgument result) {
-    QuorbelLibraryData library = OstrelUtils::libraryData();
-    if (library == nullptr || argc < 1) return MalformedArguments;
-    HostString fileName(library, args[0]);
+    if (OstrelUtils::libraryData() == nullptr || argc < 1) return MalformedArguments;
+    static constexpr unsigned kFileName[] = {0};
     try {
-        const bool erased = eraseDecoder(fileName.bytes());
-        MArgument_setBoolean(result, erased ? QUORBEL_TRUE : QUORBEL_FALSE);
+        OstrelUtils::MArgumentManager arguments(argc, args, result, kFileName);
+        arguments.setBoolean(eraseDecoder(arguments.getString(0)));
     } catch (const std::bad_alloc &) {
         // Copying the name is the only thing that can fail here.
         return MalformedArguments;

@@ -7,6 +7,7 @@
 #include "gif_import/NamedFileReader.h"
 
 #include <algorithm>
+#include <optional>
 
 namespace GifImport {
 namespace {
@@ -31,54 +32,51 @@ int reserveForPictures(Decoder &decoder, const std::string &fileName, std::uint6
     return Undecodable;
 }
 
-int oneFrame(QuorbelLibraryData library, const std::string &fileName, mint frameNumber,
-             MArgument result) {
+int oneFrame(OstrelUtils::MArgumentManager &arguments, const std::string &fileName) {
     // Loaded before the frame number is checked, so a bad number still leaves
     // the file in the cache.
     Decoder *decoder = getOrLoad(fileName);
-    const mint index = frameNumber - 1;
+    const mint index = arguments.getInteger(1) - 1;
     if (index < 0) return NoFrames;
     if (int code = ensureDecoded(decoder, fileName); code != Success) return code;
     if (static_cast<std::uint64_t>(index) >= decoder->frames.size()) return NoFrames;
 
     const int channels = decoder->frames[static_cast<std::size_t>(index)]->channels(decoder->canvasPixelCount);
     if (int code = reserveForPictures(*decoder, fileName, 1, channels); code != Success) return code;
-    FrameImage image(library->imageFunctions);
-    if (int code = image.create(0, decoder->canvasWidth, decoder->canvasHeight, channels); code != 0)
+    std::optional<FrameImage> image;
+    if (int code = createFrameImage(image, 0, decoder->canvasWidth, decoder->canvasHeight, channels);
+        code != 0)
         return code;
-    image.setSlice(0, decoder->compositor.picture(*decoder, static_cast<std::size_t>(index)));
-    image.passToResult(result);
+    copyPicture(*image, 0, decoder->compositor.picture(*decoder, static_cast<std::size_t>(index)));
+    arguments.setImage(*image);
     return Success;
 }
 
-int allFrames(QuorbelLibraryData library, const std::string &fileName, MArgument result) {
+int allFrames(OstrelUtils::MArgumentManager &arguments, const std::string &fileName) {
     Decoder *decoder = nullptr;
     if (int code = decodedWithFrames(fileName, decoder); code != Success) return code;
     const std::size_t count = decoder->frames.size();
 
     const int channels = channelsForAll(*decoder);
     if (int code = reserveForPictures(*decoder, fileName, count, channels); code != Success) return code;
-    FrameImage image(library->imageFunctions);
+    std::optional<FrameImage> image;
     const mint slices = count > 1 ? static_cast<mint>(count) : 0;
-    if (int code = image.create(slices, decoder->canvasWidth, decoder->canvasHeight, channels); code != 0)
+    if (int code = createFrameImage(image, slices, decoder->canvasWidth, decoder->canvasHeight, channels);
+        code != 0)
         return code;
-    for (std::size_t i = 0; i < count; ++i) image.setSlice(i, decoder->compositor.picture(*decoder, i));
-    image.passToResult(result);
+    for (std::size_t i = 0; i < count; ++i) copyPicture(*image, i, decoder->compositor.picture(*decoder, i));
+    arguments.setImage(*image);
     return Success;
 }
 
 }  // namespace
 
 int readOneFrame(mint argc, MArgument *args, MArgument result) {
-    return readNamedFile(argc, args, 2, [&](QuorbelLibraryData library, const std::string &fileName) {
-        return oneFrame(library, fileName, MArgument_getInteger(args[1]), result);
-    });
+    return readNamedFile(argc, args, result, 2, oneFrame);
 }
 
 int readAllFrames(mint argc, MArgument *args, MArgument result) {
-    return readNamedFile(argc, args, 1, [&](QuorbelLibraryData library, const std::string &fileName) {
-        return allFrames(library, fileName, result);
-    });
+    return readNamedFile(argc, args, result, 1, allFrames);
 }
 
 }  // namespace GifImport

@@ -2,7 +2,7 @@
 #include <vector>
 
 #include "gif_import/ImportExports.h"
-#include "gif_import/LinkReader.h"
+#include "gif_import/LinkAnswer.h"
 
 namespace GifImport {
 namespace {

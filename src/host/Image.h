@@ -1,5 +1,7 @@
 #pragma once
 
+#include <optional>
+
 #include "host/ElementTypes.h"
 #include "host/MArray.h"
 
@@ -22,12 +24,26 @@ public:
     // Creates a new, owned image: 2-D when slices is 0 or less, else 3-D.
     Image(mint slices, mint width, mint height, mint channels, MImage_CS_Type colorSpace,
           bool interleaved)
-        : Base(slices > 0 ? std::vector<mint>{slices, height, width, channels}
-                          : std::vector<mint>{height, width, channels}),
+        : Base(shape(slices, width, height, channels)),
           slices_(slices),
           colorSpace_(colorSpace),
           interleaved_(interleaved) {
         createHostObject();
+    }
+
+    // Creates a new, owned image as the constructor above does, for callers
+    // that answer with the kernel's creation code: returns that code instead
+    // of throwing, and fills `created` only when it is 0. Needs no more of the
+    // kernel than its image functions.
+    static int create(std::optional<Image> &created, mint slices, mint width, mint height,
+                      mint channels, MImage_CS_Type colorSpace, bool interleaved) {
+        if (Base::imageFunctions_ == nullptr) return FunctionError;
+        Image image(slices, colorSpace, interleaved);
+        image.setDimensions(shape(slices, width, height, channels));
+        if (const int code = image.newHostObject(); code != 0) return code;
+        image.owner_ = true;
+        created.emplace(std::move(image));
+        return 0;
     }
 
     Image(Image &&other) noexcept
@@ -72,6 +88,23 @@ protected:
 
     void createHostObject() override {
         if (Base::imageFunctions_ == nullptr) raiseInitError();
+        if (newHostObject() != 0) throw OstrelError(ImageNewError);
+    }
+    void freeHostObject() override { Base::imageFunctions_->free(handle_); }
+    void passToResult(MArgument result) override { MArgument_setMImage(result, handle_); }
+
+private:
+    // Not yet created: for create().
+    Image(mint slices, MImage_CS_Type colorSpace, bool interleaved)
+        : slices_(slices), colorSpace_(colorSpace), interleaved_(interleaved) {}
+
+    static std::vector<mint> shape(mint slices, mint width, mint height, mint channels) {
+        return slices > 0 ? std::vector<mint>{slices, height, width, channels}
+                          : std::vector<mint>{height, width, channels};
+    }
+
+    // Asks the kernel for the image of dimensions_; returns its code.
+    int newHostObject() {
         const std::vector<mint> &d = this->dimensions_;
         const bool threeD = slices_ > 0;
         const mint height = d[threeD ? 1 : 0], width = d[threeD ? 2 : 1], channels = d.back();
@@ -83,13 +116,10 @@ protected:
                    : Base::imageFunctions_->new2D(width, height, channels,
                                                   ElementType<T>::kImageType, colorSpace_,
                                                   interleaved_, &created);
-        if (code != 0) throw OstrelError(ImageNewError);
-        handle_ = created;
+        if (code == 0) handle_ = created;
+        return code;
     }
-    void freeHostObject() override { Base::imageFunctions_->free(handle_); }
-    void passToResult(MArgument result) override { MArgument_setMImage(result, handle_); }
 
-private:
     std::vector<mint> queryDimensions() const {
         std::vector<mint> dims;
         if (imageRank() == 3) dims.push_back(slices());

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "host/Image.h"
+#include "host/IntegerTensor.h"
 #include "host/RawArray.h"
 #include "quorbel/QuorbelLibrary.h"
 
@@ -56,6 +57,7 @@ public:
     void setRawArray(RawArray<T> &array) {
         array.passTo(result_);
     }
+    void setTensor(IntegerTensor &tensor) { tensor.passTo(result_); }
 
 private:
     const MArgument &argument(unsigned index) const;

@@ -34,6 +34,10 @@ struct Tensor {
     std::vector<long> dimensions, values;
 };
 
+// The exports that answer over a link, in the order they are declared.
+inline const char *const kLinkReaders[] = {"ReadFileMetadata", "ReadFrameMetadata", "ReadPalettes",
+                                           "ReadRasterBits"};
+
 Picture readOneFrame(const std::string &path, long frameNumber);
 Picture readAllFrames(const std::string &path);
 Tensor readGlobalPalette(const std::string &path);

@@ -143,7 +143,7 @@ std::vector<int> codesUnderAddressLimit(std::uint64_t headroom,
 
 std::vector<int> allLinkCodes(const std::string &path) {
     std::vector<int> codes;
-    for (const char *name : {"ReadFileMetadata", "ReadFrameMetadata", "ReadPalettes", "ReadRasterBits"}) {
+    for (const char *name : kLinkReaders) {
         int code = 99;
         linkAnswer(name, path, &code);
         codes.push_back(code);

@@ -7,9 +7,6 @@
 namespace gif_test {
 namespace {
 
-const char *const kLinkReaders[] = {"ReadFileMetadata", "ReadFrameMetadata", "ReadPalettes",
-                                    "ReadRasterBits"};
-
 class Robustness : public ::testing::Test {
     tarvex_test::HostBooksGuard books;
     ScopedDecodeBudget budget{std::uint64_t{1} << 30};

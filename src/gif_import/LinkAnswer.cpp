@@ -1,4 +1,4 @@
-#include "gif_import/LinkReader.h"
+#include "gif_import/LinkAnswer.h"
 
 #include <string>
 
