@@ -2,6 +2,7 @@
 // dispatch, against the reference host's real callback tables.
 #include <cstdlib>
 #include <cstring>
+#include <optional>
 #include <stdexcept>
 #include <string>
 
@@ -183,6 +184,49 @@ TEST_F(ArgumentLayer, FailedCreationsLeaveNothingAlive) {
     }
     EXPECT_EQ(rh_counters().liveImages, before.liveImages);
     EXPECT_EQ(rh_counters().liveRawArrays, before.liveRawArrays);
+}
+
+// The creations that answer with the kernel's code instead of throwing, for
+// exports that return that code as it stands.
+TEST_F(ArgumentLayer, CodeReturningCreationsGiveTheKernelsCodeAndOwnWhatTheyMade) {
+    const RhCounters before = rh_counters();
+    struct Case {
+        int table, fault, code;
+    };
+    for (const Case c : {Case{RH_TABLE_FULL, 0, 0}, Case{RH_TABLE_FULL, QUORBEL_MEMORY_ERROR, QUORBEL_MEMORY_ERROR},
+                         Case{RH_TABLE_WITHOUT_RAW_ARRAYS, 0, 0},
+                         Case{RH_TABLE_WITHOUT_IMAGES, 0, FunctionError}}) {
+        setLibraryData(rh_library_data(c.table));
+        if (c.fault != 0) rh_fail_next_image_creation(c.fault);
+        std::optional<Image<unsigned char>> image;
+        EXPECT_EQ(Image<unsigned char>::create(image, 2, 4, 3, 3, MImage_CS_RGB, true), c.code);
+        EXPECT_EQ(image.has_value(), c.code == 0);
+        if (image) {
+            EXPECT_EQ(image->dimensions(), (std::vector<mint>{2, 3, 4, 3}));
+            EXPECT_EQ(rh_counters().liveImages, before.liveImages + 1);
+        }
+    }
+    setLibraryData(rh_library_data(RH_TABLE_FULL));
+    for (const int fault : {0, int{QUORBEL_MEMORY_ERROR}}) {
+        if (fault != 0) rh_fail_next_tensor_creation(fault);
+        IntegerTensor tensor;
+        const mint dimensions[] = {2, 3};
+        EXPECT_EQ(tensor.create(dimensions), fault);
+        EXPECT_EQ(rh_counters().liveTensors, before.liveTensors + (fault == 0 ? 1 : 0));
+    }
+    MTensor handed = nullptr;
+    MArgument result{.tensor = &handed};
+    {
+        IntegerTensor tensor;
+        const mint dimensions[] = {1};
+        ASSERT_EQ(tensor.create(dimensions), 0);
+        tensor.data()[0] = 7;
+        MArgumentManager(1, &result, result).setTensor(tensor);
+    }
+    EXPECT_EQ(rh_counters().liveTensors, before.liveTensors + 1);
+    rh_library_data(RH_TABLE_FULL)->tensorFree(handed);
+    EXPECT_EQ(rh_counters().liveImages, before.liveImages);
+    EXPECT_EQ(rh_counters().liveTensors, before.liveTensors);
 }
 
 TEST_F(ArgumentLayer, OwnedObjectsAreFreedUnlessHandedToTheResult) {
