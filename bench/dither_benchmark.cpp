@@ -1,34 +1,18 @@
 // DitherImage through the reference host: a 2048 x 2048 photo-like RGB image
 // mapped to 256 colours taken from it, with both methods.
 #include <cstdint>
-#include <cstdio>
-#include <cstdlib>
 #include <cstring>
 #include <vector>
 
 #include <benchmark/benchmark.h>
 
 #include "DitherSampleImage.h"
-#include "refhost/refhost.h"
+#include "BenchPlugin.h"
 
 namespace {
 
 constexpr mint kSide = 2048;
 constexpr mint kColors = 256;
-
-RhPlugin *plugin() {
-    static RhPlugin *loaded = [] {
-        char error[512] = {};
-        RhPlugin *p = rh_plugin_load(TARVEX_PLUGIN_PATH, error, sizeof error);
-        if (p == nullptr) {
-            std::fprintf(stderr, "cannot load the plug-in: %s\n", error);
-            std::exit(1);
-        }
-        rh_plugin_initialize(p, nullptr);
-        return p;
-    }();
-    return loaded;
-}
 
 QuorbelLibraryData host() { return rh_library_data(RH_TABLE_FULL); }
 
@@ -65,7 +49,7 @@ void ditherImage(benchmark::State &state, const char *method) {
                              {RH_BOOLEAN, {.boolean = 0}, 0}};
     for (auto _ : state) {
         RhValue result{RH_IMAGE, {}, 0};
-        if (rh_call(plugin(), "DitherImage", 5, args, &result) != 0) {
+        if (rh_call(tarvex_bench::benchPlugin(), "DitherImage", 5, args, &result) != 0) {
             state.SkipWithError("DitherImage failed");
             break;
         }

@@ -2,13 +2,12 @@
 // the same file, named by TARVEX_IMPORT_GIF (bench/compare_import.sh builds
 // one). Every ReadAllFrames call decodes afresh: the file is cleared from the
 // cache after each. TARVEX_PLUGIN names another build of the plug-in.
-#include <cstdio>
 #include <cstdlib>
 
 #include <benchmark/benchmark.h>
 #include <gif_lib.h>
 
-#include "refhost/refhost.h"
+#include "BenchPlugin.h"
 
 namespace {
 
@@ -17,32 +16,17 @@ const char *gifPath() {
     return path != nullptr ? path : "";
 }
 
-RhPlugin *loadedPlugin() {
-    static RhPlugin *plugin = [] {
-        const char *path = std::getenv("TARVEX_PLUGIN");
-        char error[512] = {};
-        RhPlugin *loaded = rh_plugin_load(path != nullptr ? path : TARVEX_PLUGIN_PATH, error, sizeof error);
-        if (loaded == nullptr) {
-            std::fprintf(stderr, "cannot load the plug-in: %s\n", error);
-            std::exit(1);
-        }
-        rh_plugin_initialize(loaded, nullptr);
-        return loaded;
-    }();
-    return plugin;
-}
-
 void readAllFrames(benchmark::State &state) {
     const RhValue name{RH_STRING, {.string = gifPath()}, 0};
     for (auto _ : state) {
         RhValue image{RH_IMAGE, {}, 0};
-        if (rh_call(loadedPlugin(), "ReadAllFrames", 1, &name, &image) != 0) {
+        if (rh_call(tarvex_bench::benchPlugin(), "ReadAllFrames", 1, &name, &image) != 0) {
             state.SkipWithError("ReadAllFrames failed: set TARVEX_IMPORT_GIF to a GIF file");
             break;
         }
         rh_library_data(RH_TABLE_FULL)->imageFunctions->free(image.value.image);
         RhValue cleared{RH_BOOLEAN, {}, 0};
-        rh_call(loadedPlugin(), "ClearCache", 1, &name, &cleared);
+        rh_call(tarvex_bench::benchPlugin(), "ClearCache", 1, &name, &cleared);
     }
 }
 
@@ -51,7 +35,7 @@ void readAllFrames(benchmark::State &state) {
 void hostResultImage(benchmark::State &state) {
     const RhValue name{RH_STRING, {.string = gifPath()}, 0};
     RhValue answer{RH_IMAGE, {}, 0};
-    if (rh_call(loadedPlugin(), "ReadAllFrames", 1, &name, &answer) != 0) {
+    if (rh_call(tarvex_bench::benchPlugin(), "ReadAllFrames", 1, &name, &answer) != 0) {
         state.SkipWithError("ReadAllFrames failed: set TARVEX_IMPORT_GIF to a GIF file");
         return;
     }
