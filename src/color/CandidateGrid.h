@@ -1,52 +1,65 @@
 #pragma once
 
 #include <algorithm>
-#include <cstdlib>
 #include <array>
+#include <cstddef>
 #include <cstdint>
+#include <cstdlib>
 #include <limits>
 #include <type_traits>
 #include <vector>
 
 #include "color/Palette.h"
+#include "color/ZeroedArray.h"
 
 namespace ColorUtilities {
 
 // Exact nearest-colour search for integer samples, answering what the
-// exhaustive search answers, tie rules included. The colour space is cut into
-// a grid of boxes; each box keeps the colours that can be nearest to some
-// point inside it: those whose distance to the box is at most the smallest of
-// the colours' farthest distances to it. Every colour at the best distance
-// from a target in the box is among them. They are kept nearest to the box
-// first, so that a scan can stop at the first one whose distance to the box
-// exceeds the best distance found; and since the scan compares by the
-// exhaustive search's whole order (distance, channel differences, index),
-// the order of the scan does not change the answer. A box's list is made the
-// first time a target falls in it.
+// exhaustive search answers, tie rules included.
+//
+// The colour space is cut into boxes, halving every channel from level to
+// level (an octree in three channels). Each box keeps the palette colours
+// that can be the answer for some point inside it, nearest to the box first:
+// - a colour farther from the box than some other colour's farthest point
+//   of it can never be nearest there;
+// - a colour strictly farther than the box's reference colour at every point
+//   of the box never wins there either (the difference of two squared
+//   distances is affine, so checking the corners suffices).
+// Whatever can win in a box can win in its parent, so a box's list is made
+// from its parent's: the cost is the length of the parent list, not the
+// palette's size. Lists are made the first time a target falls in a box; the
+// finest boxes of a photograph mostly keep one colour, which is then the
+// answer without a distance computed.
+//
+// The scan of a list compares by the exhaustive search's whole order
+// (distance, channel differences, index), so the order of the scan does not
+// change the answer, and it stops at the first colour whose distance to the
+// box exceeds the best distance found.
 template <typename T, int N>
 class CandidateGrid {
 public:
-    explicit CandidateGrid(const Palette<T, N> &palette) : boxes_(std::size_t{1} << kKeyBits) {
+    explicit CandidateGrid(const Palette<T, N> &palette) {
         colors_.reserve(palette.size());
         for (std::uint32_t i = 0; i < palette.size(); ++i)
             colors_.push_back(candidateOf(palette.colors[i], i));
+        for (int level = 0; level <= kFinestLevel; ++level)
+            levels_[level] = ZeroedArray<Span>(std::size_t{1} << (level * (N + 1)));
     }
 
     // An empty palette answers 0, like the exhaustive search.
     std::uint32_t find(const Color<T, N> &target) {
-        std::array<std::int32_t, N + 1> wanted;
-        std::uint32_t key = 0;
+        if (colors_.empty()) return 0;
+        if (entries_.size() > kEntryLimit) forgetLists();
+        Samples wanted;
+        Cells cells;
         for (int k = 0; k <= N; ++k) {
             wanted[k] = target[k];
-            key = key << kCellBits | offsetOf(target[k]) >> kShift;
+            cells[k] = offsetOf(target[k]) >> (kSampleBits - kFinestLevel);
         }
-        if (colors_.empty()) return 0;
-        // A built box is never empty: the colour whose farthest distance is
-        // the smallest is always among its candidates.
-        std::vector<Candidate> &box = boxes_[key];
-        if (box.empty()) build(box, key);
-        const Candidate *candidate = box.data();
-        const Candidate *end = candidate + box.size();
+        const Span span = listOf(kFinestLevel, cells);
+        if (span.count == 1) return span.only;
+        const Candidate *candidate = entries_.data() + span.begin;
+        const Candidate *end = candidate + span.count;
         const Candidate *best = candidate;
         Distance bestDistance = distanceOf(*candidate, wanted);
         for (++candidate; candidate != end && candidate->boxDistance <= bestDistance; ++candidate) {
@@ -61,20 +74,32 @@ public:
     }
 
 private:
-    // Cells per channel: 2^kCellBits, so that the grid has at most 2^16 boxes.
-    static constexpr int kCellBits = N == 0 ? 8 : N == 1 ? 7 : N == 2 ? 5 : 4;
-    static constexpr int kKeyBits = kCellBits * (N + 1);
     static constexpr int kSampleBits = 8 * sizeof(T);
-    static constexpr int kShift = kSampleBits - kCellBits;
+    // The finest boxes: 2^kFinestLevel cells per channel, at most 2^20 boxes.
+    static constexpr int kFinestLevel = N == 0 ? 8 : N == 1 ? 7 : N == 2 ? 6 : 5;
     static constexpr std::int32_t kLowest = std::numeric_limits<T>::lowest();
+    // Past this many listed colours every list is dropped and made again on
+    // demand, which bounds the memory of large palettes on varied images.
+    static constexpr std::size_t kEntryLimit = std::size_t{1} << 21;
 
     // Squared distances: 8-bit ones fit in 32 bits.
     using Distance = std::conditional_t<sizeof(T) == 1, std::int32_t, std::int64_t>;
+    using Samples = std::array<std::int32_t, N + 1>;
+    using Cells = std::array<std::uint32_t, N + 1>;
+    using Corners = std::array<std::int64_t, N + 1>;
 
     struct Candidate {
-        std::array<std::int32_t, N + 1> samples;
+        Samples samples;
         std::uint32_t index;
         Distance boxDistance;  // to the box the candidate is listed for
+    };
+
+    // A box's list in entries_; no box has an empty list once made. A box
+    // with one colour also holds its index, which spares a second look-up.
+    struct Span {
+        std::uint32_t begin;
+        std::uint32_t count;
+        std::uint32_t only;
     };
 
     static std::uint32_t offsetOf(T sample) {
@@ -87,7 +112,7 @@ private:
         return c;
     }
 
-    static Distance distanceOf(const Candidate &c, const std::array<std::int32_t, N + 1> &target) {
+    static Distance distanceOf(const Candidate &c, const Samples &target) {
         Distance sum = 0;
         for (int k = 0; k <= N; ++k) {
             const Distance d = c.samples[k] - target[k];
@@ -98,8 +123,7 @@ private:
 
     // At equal distance: closerByChannels on the samples as int, then the
     // lower index.
-    static bool before(const Candidate &a, const Candidate &b,
-                       const std::array<std::int32_t, N + 1> &target) {
+    static bool before(const Candidate &a, const Candidate &b, const Samples &target) {
         for (int k = 0; k <= N; ++k) {
             const std::int32_t da = std::abs(a.samples[k] - target[k]);
             const std::int32_t db = std::abs(b.samples[k] - target[k]);
@@ -108,35 +132,106 @@ private:
         return a.index < b.index;
     }
 
-    void build(std::vector<Candidate> &box, std::uint32_t key) {
-        std::array<std::int64_t, N + 1> low, high;
-        for (int k = N; k >= 0; --k, key >>= kCellBits) {
-            low[k] = kLowest + (std::int64_t{key & ((1u << kCellBits) - 1)} << kShift);
-            high[k] = low[k] + (std::int64_t{1} << kShift) - 1;
+    static std::size_t keyOf(int level, const Cells &cells) {
+        std::size_t key = 0;
+        for (int k = 0; k <= N; ++k) key = key << level | cells[k];
+        return key;
+    }
+
+    Span listOf(int level, const Cells &cells) {
+        Span &span = levels_[level][keyOf(level, cells)];
+        if (span.count == 0) span = makeList(level, cells);
+        return span;
+    }
+
+    // The colours that can win somewhere in the box, from those that can win
+    // somewhere in its parent.
+    [[gnu::noinline]] Span makeList(int level, const Cells &cells) {
+        const Candidate *from = colors_.data();
+        std::size_t count = colors_.size();
+        if (level > 0) {
+            Cells parent = cells;
+            for (std::uint32_t &cell : parent) cell >>= 1;
+            const Span span = listOf(level - 1, parent);
+            from = entries_.data() + span.begin;
+            count = span.count;
         }
-        std::vector<Candidate> all = colors_;
+        Corners low, high;
+        const int shift = kSampleBits - level;
+        for (int k = 0; k <= N; ++k) {
+            low[k] = kLowest + (std::int64_t{cells[k]} << shift);
+            high[k] = low[k] + (std::int64_t{1} << shift) - 1;
+        }
+        std::size_t reference = 0;
         std::int64_t bound = std::numeric_limits<std::int64_t>::max();
-        for (std::size_t i = 0; i < colors_.size(); ++i) {
-            std::int64_t inside = 0, farthest = 0;
-            for (int k = 0; k <= N; ++k) {
-                const std::int64_t s = colors_[i].samples[k];
-                const std::int64_t in = s < low[k] ? low[k] - s : s > high[k] ? s - high[k] : 0;
-                const std::int64_t far = std::max(s - low[k], high[k] - s);
-                inside += in * in;
-                farthest += far * far;
+        for (std::size_t i = 0; i < count; ++i) {
+            const std::int64_t farthest = farthestDistance(from[i], low, high);
+            if (farthest < bound) {
+                bound = farthest;
+                reference = i;
             }
-            all[i].boxDistance = static_cast<Distance>(inside);
-            bound = std::min(bound, farthest);
         }
-        for (const Candidate &c : all)
-            if (c.boxDistance <= bound) box.push_back(c);
-        std::stable_sort(box.begin(), box.end(), [](const Candidate &a, const Candidate &b) {
-            return a.boxDistance < b.boxDistance;
+        scratch_.clear();
+        for (std::size_t i = 0; i < count; ++i) {
+            const std::int64_t inside = boxDistance(from[i], low, high);
+            if (inside > bound || outshone(from[i], from[reference], low, high)) continue;
+            scratch_.push_back(from[i]);
+            scratch_.back().boxDistance = static_cast<Distance>(inside);
+        }
+        std::sort(scratch_.begin(), scratch_.end(), [](const Candidate &a, const Candidate &b) {
+            return a.boxDistance != b.boxDistance ? a.boxDistance < b.boxDistance
+                                                  : a.index < b.index;
         });
+        const Span span{static_cast<std::uint32_t>(entries_.size()),
+                        static_cast<std::uint32_t>(scratch_.size()), scratch_.front().index};
+        entries_.insert(entries_.end(), scratch_.begin(), scratch_.end());
+        return span;
+    }
+
+    static std::int64_t boxDistance(const Candidate &c, const Corners &low, const Corners &high) {
+        std::int64_t sum = 0;
+        for (int k = 0; k <= N; ++k) {
+            const std::int64_t s = c.samples[k];
+            const std::int64_t d = s < low[k] ? low[k] - s : s > high[k] ? s - high[k] : 0;
+            sum += d * d;
+        }
+        return sum;
+    }
+
+    static std::int64_t farthestDistance(const Candidate &c, const Corners &low,
+                                         const Corners &high) {
+        std::int64_t sum = 0;
+        for (int k = 0; k <= N; ++k) {
+            const std::int64_t s = c.samples[k];
+            const std::int64_t d = std::max(s - low[k], high[k] - s);
+            sum += d * d;
+        }
+        return sum;
+    }
+
+    // True when c is strictly farther than the reference at every point of
+    // the box. The difference of the two squared distances splits into one
+    // term per channel, each least at one end of the channel's range.
+    static bool outshone(const Candidate &c, const Candidate &reference, const Corners &low,
+                         const Corners &high) {
+        std::int64_t least = 0;
+        for (int k = 0; k <= N; ++k) {
+            const std::int64_t s = c.samples[k], r = reference.samples[k];
+            const auto gap = [&](std::int64_t x) { return (s - x) * (s - x) - (r - x) * (r - x); };
+            least += std::min(gap(low[k]), gap(high[k]));
+        }
+        return least > 0;
+    }
+
+    void forgetLists() {
+        for (ZeroedArray<Span> &level : levels_) std::fill(level.begin(), level.end(), Span{0, 0, 0});
+        entries_.clear();
     }
 
     std::vector<Candidate> colors_;
-    std::vector<std::vector<Candidate>> boxes_;
+    std::array<ZeroedArray<Span>, kFinestLevel + 1> levels_;
+    std::vector<Candidate> entries_;
+    std::vector<Candidate> scratch_;
 };
 
 }  // namespace ColorUtilities
