@@ -38,7 +38,11 @@ namespace ColorUtilities {
 template <typename T, int N>
 class CandidateGrid {
 public:
-    explicit CandidateGrid(const Palette<T, N> &palette) {
+    // Past entryLimit listed colours every list is dropped and made again on
+    // demand, which bounds the memory of large palettes on varied images.
+    explicit CandidateGrid(const Palette<T, N> &palette,
+                           std::size_t entryLimit = std::size_t{1} << 21)
+        : entryLimit_(entryLimit) {
         colors_.reserve(palette.size());
         for (std::uint32_t i = 0; i < palette.size(); ++i)
             colors_.push_back(candidateOf(palette.colors[i], i));
@@ -49,7 +53,7 @@ public:
     // An empty palette answers 0, like the exhaustive search.
     std::uint32_t find(const Color<T, N> &target) {
         if (colors_.empty()) return 0;
-        if (entries_.size() > kEntryLimit) forgetLists();
+        if (entries_.size() > entryLimit_) forgetLists();
         Samples wanted;
         Cells cells;
         for (int k = 0; k <= N; ++k) {
@@ -78,9 +82,6 @@ private:
     // The finest boxes: 2^kFinestLevel cells per channel, at most 2^20 boxes.
     static constexpr int kFinestLevel = N == 0 ? 8 : N == 1 ? 7 : N == 2 ? 6 : 5;
     static constexpr std::int32_t kLowest = std::numeric_limits<T>::lowest();
-    // Past this many listed colours every list is dropped and made again on
-    // demand, which bounds the memory of large palettes on varied images.
-    static constexpr std::size_t kEntryLimit = std::size_t{1} << 21;
 
     // Squared distances: 8-bit ones fit in 32 bits.
     using Distance = std::conditional_t<sizeof(T) == 1, std::int32_t, std::int64_t>;
@@ -178,10 +179,11 @@ private:
             scratch_.push_back(from[i]);
             scratch_.back().boxDistance = static_cast<Distance>(inside);
         }
-        std::sort(scratch_.begin(), scratch_.end(), [](const Candidate &a, const Candidate &b) {
-            return a.boxDistance != b.boxDistance ? a.boxDistance < b.boxDistance
-                                                  : a.index < b.index;
-        });
+        // Only the finest lists are scanned, and only they need the order.
+        if (level == kFinestLevel)
+            std::sort(scratch_.begin(), scratch_.end(), [](const Candidate &a, const Candidate &b) {
+                return a.boxDistance < b.boxDistance;
+            });
         const Span span{static_cast<std::uint32_t>(entries_.size()),
                         static_cast<std::uint32_t>(scratch_.size()), scratch_.front().index};
         entries_.insert(entries_.end(), scratch_.begin(), scratch_.end());
@@ -228,6 +230,7 @@ private:
         entries_.clear();
     }
 
+    std::size_t entryLimit_;
     std::vector<Candidate> colors_;
     std::array<ZeroedArray<Span>, kFinestLevel + 1> levels_;
     std::vector<Candidate> entries_;
