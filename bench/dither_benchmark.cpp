@@ -1,7 +1,9 @@
 // DitherImage through the reference host, on photographs: each NAME.rgb in
 // the directory named by TARVEX_BENCH_PHOTOS (2048 x 2048 8-bit RGB) mapped
 // to the 256 colours of NAME.pal, with both methods. bench/compare_dither.sh
-// prepares the files from Debian's sample photographs.
+// prepares the files from Debian's sample photographs. The same photographs
+// widened to 16-bit samples with a fourth channel are mapped to 65,536 of
+// their own colours, the largest palettes the search meets.
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
@@ -63,6 +65,25 @@ struct Photo {
         host()->rawArrayFunctions->create(MRawArray_Type_UBit8, 2, dimensions, &palette);
         std::memcpy(host()->rawArrayFunctions->getData(palette), colors.data(), colors.size());
     }
+    // 16 bits, four channels: red, green, blue and their mean, and a palette
+    // of 65,536 pixels picked from it.
+    Photo(const Photo &eightBit, std::uint32_t colorCount) {
+        const auto *rgb = static_cast<const std::uint8_t *>(host()->imageFunctions->getRawData(eightBit.image));
+        rh_image_new(0, kSide, kSide, 4, MImage_Type_Bit16, MImage_CS_CMYK, 1, 0, &image);
+        auto *wide = static_cast<std::uint16_t *>(host()->imageFunctions->getRawData(image));
+        for (mint i = 0; i < kSide * kSide; ++i) {
+            for (int k = 0; k < 3; ++k) wide[i * 4 + k] = static_cast<std::uint16_t>(rgb[i * 3 + k] * 257);
+            wide[i * 4 + 3] = static_cast<std::uint16_t>((wide[i * 4] + wide[i * 4 + 1] + wide[i * 4 + 2]) / 3);
+        }
+        const mint dimensions[] = {colorCount, 4};
+        host()->rawArrayFunctions->create(MRawArray_Type_UBit16, 2, dimensions, &palette);
+        auto *colors = static_cast<std::uint16_t *>(host()->rawArrayFunctions->getData(palette));
+        std::uint64_t state = 2024;
+        for (std::uint32_t c = 0; c < colorCount; ++c) {
+            state = state * 6364136223846793005ULL + 1442695040888963407ULL;
+            std::memcpy(colors + c * 4, wide + (state >> 33) % (kSide * kSide) * 4, 8);
+        }
+    }
     Photo(const Photo &) = delete;
     Photo &operator=(const Photo &) = delete;
     ~Photo() {
@@ -104,11 +125,17 @@ int main(int argc, char **argv) {
         if (entry.path().extension() != ".rgb") continue;
         const Photo *photo = photos.emplace_back(std::make_unique<Photo>(entry.path())).get();
         const std::string name = entry.path().stem().string();
-        for (const char *method : {"None", "FloydSteinberg"})
+        const Photo *wide = photos.emplace_back(std::make_unique<Photo>(*photo, 65536)).get();
+        for (const char *method : {"None", "FloydSteinberg"}) {
             benchmark::RegisterBenchmark(("DitherImage/" + name + "/" + method).c_str(), ditherImage,
                                          photo, method)
                 ->Unit(benchmark::kMillisecond)
                 ->UseRealTime();
+            benchmark::RegisterBenchmark(("DitherImage/" + name + "-16bit-4ch-65536/" + method).c_str(),
+                                         ditherImage, wide, method)
+                ->Unit(benchmark::kMillisecond)
+                ->UseRealTime();
+        }
     }
     benchmark::RunSpecifiedBenchmarks();
     benchmark::Shutdown();

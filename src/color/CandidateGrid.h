@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
+#include <deque>
 #include <limits>
 #include <type_traits>
 #include <vector>
@@ -38,15 +39,16 @@ namespace ColorUtilities {
 template <typename T, int N>
 class CandidateGrid {
 public:
-    // Past entryLimit listed colours every list is dropped and made again on
-    // demand, which bounds the memory of large palettes on varied images.
+    // Past entryLimit listed colours (256 MB by default) every list is dropped
+    // and made again on demand, which bounds the memory of large palettes on
+    // varied images.
     explicit CandidateGrid(const Palette<T, N> &palette,
-                           std::size_t entryLimit = std::size_t{1} << 21)
+                           std::size_t entryLimit = (std::size_t{256} << 20) / sizeof(Candidate))
         : entryLimit_(entryLimit) {
         colors_.reserve(palette.size());
         for (std::uint32_t i = 0; i < palette.size(); ++i)
             colors_.push_back(candidateOf(palette.colors[i], i));
-        for (int level = 0; level <= kFinestLevel; ++level)
+        for (int level = 0; level <= kTableLevel; ++level)
             levels_[level] = ZeroedArray<Span>(std::size_t{1} << (level * (N + 1)));
     }
 
@@ -55,12 +57,16 @@ public:
         if (colors_.empty()) return 0;
         if (entries_.size() > entryLimit_) forgetLists();
         Samples wanted;
-        Cells cells;
+        Cells offsets, cells;
         for (int k = 0; k <= N; ++k) {
             wanted[k] = target[k];
-            cells[k] = offsetOf(target[k]) >> (kSampleBits - kFinestLevel);
+            offsets[k] = offsetOf(target[k]);
+            cells[k] = offsets[k] >> (kSampleBits - kTableLevel);
         }
-        const Span span = listOf(kFinestLevel, cells);
+        Span *found = &listOf(kTableLevel, cells);
+        for (int level = kTableLevel; found->count > kLongList && level < kSampleBits; ++level)
+            found = &childList(*found, level + 1, offsets);
+        const Span span = *found;
         if (span.count == 1) return span.only;
         const Candidate *candidate = entries_.data() + span.begin;
         const Candidate *end = candidate + span.count;
@@ -79,8 +85,12 @@ public:
 
 private:
     static constexpr int kSampleBits = 8 * sizeof(T);
-    // The finest boxes: 2^kFinestLevel cells per channel, at most 2^20 boxes.
-    static constexpr int kFinestLevel = N == 0 ? 8 : N == 1 ? 7 : N == 2 ? 6 : 5;
+    // The boxes down to this level are found by a table, 2^kTableLevel cells
+    // per channel and at most 2^20 boxes; a box whose list is still long is
+    // cut further, down to single values, and its smaller boxes hang below it.
+    static constexpr int kTableLevel = N == 0 ? 8 : N == 1 ? 7 : N == 2 ? 6 : 5;
+    static constexpr std::uint32_t kLongList = 16;
+    static constexpr std::size_t kChildren = std::size_t{1} << (N + 1);
     static constexpr std::int32_t kLowest = std::numeric_limits<T>::lowest();
 
     // Squared distances: 8-bit ones fit in 32 bits.
@@ -90,18 +100,21 @@ private:
     using Corners = std::array<std::int64_t, N + 1>;
 
     struct Candidate {
-        Samples samples;
+        std::array<T, N + 1> samples;
         std::uint32_t index;
         Distance boxDistance;  // to the box the candidate is listed for
     };
 
     // A box's list in entries_; no box has an empty list once made. A box
     // with one colour also holds its index, which spares a second look-up.
+    // A box cut further numbers its block of smaller boxes from 1.
     struct Span {
         std::uint32_t begin;
         std::uint32_t count;
         std::uint32_t only;
+        std::uint32_t children;
     };
+    using ChildBlock = std::array<Span, kChildren>;
 
     static std::uint32_t offsetOf(T sample) {
         return static_cast<std::uint32_t>(std::int32_t{sample} - kLowest);
@@ -116,7 +129,7 @@ private:
     static Distance distanceOf(const Candidate &c, const Samples &target) {
         Distance sum = 0;
         for (int k = 0; k <= N; ++k) {
-            const Distance d = c.samples[k] - target[k];
+            const Distance d = std::int32_t{c.samples[k]} - target[k];
             sum += d * d;
         }
         return sum;
@@ -126,8 +139,8 @@ private:
     // lower index.
     static bool before(const Candidate &a, const Candidate &b, const Samples &target) {
         for (int k = 0; k <= N; ++k) {
-            const std::int32_t da = std::abs(a.samples[k] - target[k]);
-            const std::int32_t db = std::abs(b.samples[k] - target[k]);
+            const std::int32_t da = std::abs(std::int32_t{a.samples[k]} - target[k]);
+            const std::int32_t db = std::abs(std::int32_t{b.samples[k]} - target[k]);
             if (da != db) return da < db;
         }
         return a.index < b.index;
@@ -139,24 +152,45 @@ private:
         return key;
     }
 
-    Span listOf(int level, const Cells &cells) {
+    // A box of the table's levels, its list made with its parents' if need be.
+    Span &listOf(int level, const Cells &cells) {
         Span &span = levels_[level][keyOf(level, cells)];
-        if (span.count == 0) span = makeList(level, cells);
+        if (span.count == 0) {
+            if (level == 0) {
+                span = makeList(level, cells, colors_.data(), colors_.size());
+            } else {
+                Cells parent = cells;
+                for (std::uint32_t &cell : parent) cell >>= 1;
+                const Span &above = listOf(level - 1, parent);
+                span = makeList(level, cells, entries_.data() + above.begin, above.count);
+            }
+        }
         return span;
     }
 
-    // The colours that can win somewhere in the box, from those that can win
-    // somewhere in its parent.
-    [[gnu::noinline]] Span makeList(int level, const Cells &cells) {
-        const Candidate *from = colors_.data();
-        std::size_t count = colors_.size();
-        if (level > 0) {
-            Cells parent = cells;
-            for (std::uint32_t &cell : parent) cell >>= 1;
-            const Span span = listOf(level - 1, parent);
-            from = entries_.data() + span.begin;
-            count = span.count;
+    // The smaller box at `level` inside a box of the level above, by the
+    // targets' samples.
+    [[gnu::noinline]] Span &childList(Span &parent, int level, const Cells &offsets) {
+        if (parent.children == 0) {
+            children_.emplace_back();
+            parent.children = static_cast<std::uint32_t>(children_.size());
         }
+        Cells cells;
+        std::size_t which = 0;
+        for (int k = 0; k <= N; ++k) {
+            cells[k] = offsets[k] >> (kSampleBits - level);
+            which = which << 1 | (cells[k] & 1);
+        }
+        Span &child = children_[parent.children - 1][which];
+        if (child.count == 0)
+            child = makeList(level, cells, entries_.data() + parent.begin, parent.count);
+        return child;
+    }
+
+    // The colours that can win somewhere in the box, from those that can win
+    // somewhere in the box around it.
+    [[gnu::noinline]] Span makeList(int level, const Cells &cells, const Candidate *from,
+                                    std::size_t count) {
         Corners low, high;
         const int shift = kSampleBits - level;
         for (int k = 0; k <= N; ++k) {
@@ -179,13 +213,13 @@ private:
             scratch_.push_back(from[i]);
             scratch_.back().boxDistance = static_cast<Distance>(inside);
         }
-        // Only the finest lists are scanned, and only they need the order.
-        if (level == kFinestLevel)
+        // Long lists are cut further rather than scanned, and need no order.
+        if (scratch_.size() <= kLongList || level == kSampleBits)
             std::sort(scratch_.begin(), scratch_.end(), [](const Candidate &a, const Candidate &b) {
                 return a.boxDistance < b.boxDistance;
             });
         const Span span{static_cast<std::uint32_t>(entries_.size()),
-                        static_cast<std::uint32_t>(scratch_.size()), scratch_.front().index};
+                        static_cast<std::uint32_t>(scratch_.size()), scratch_.front().index, 0};
         entries_.insert(entries_.end(), scratch_.begin(), scratch_.end());
         return span;
     }
@@ -226,13 +260,15 @@ private:
     }
 
     void forgetLists() {
-        for (ZeroedArray<Span> &level : levels_) std::fill(level.begin(), level.end(), Span{0, 0, 0});
+        for (ZeroedArray<Span> &level : levels_) std::fill(level.begin(), level.end(), Span{});
+        children_.clear();
         entries_.clear();
     }
 
     std::size_t entryLimit_;
     std::vector<Candidate> colors_;
-    std::array<ZeroedArray<Span>, kFinestLevel + 1> levels_;
+    std::array<ZeroedArray<Span>, kTableLevel + 1> levels_;
+    std::deque<ChildBlock> children_;  // a deque keeps the spans in place as it grows
     std::vector<Candidate> entries_;
     std::vector<Candidate> scratch_;
 };
