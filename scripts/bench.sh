@@ -7,3 +7,7 @@ for program in "$build"/bench/*_benchmark; do
   printf '\n== %s\n' "$(basename "$program")"
   taskset -c 0 "$program" --benchmark_min_time=1 "${@:2}"
 done
+
+# DitherImage beside Pillow on photographs, with ratios.
+printf '\n== compare_dither\n'
+"$(dirname "$0")/../bench/compare_dither.sh" "$build"
