@@ -72,16 +72,25 @@ protected:
     Error errorOf(const ColorType &wanted, const ColorType &chosen) override;
     void diffuseError(const Error &error, std::uint32_t row, std::uint32_t col,
                       std::uint32_t step) override;
-    void beginRow(std::uint32_t row) { buffer().beginRow(row); }
+    void beginRow(std::uint32_t row) {
+        buffer().beginRow(row);
+        ahead_ = Error{};
+    }
     void mapSlice(const SliceOutput<T, N> &output) override { this->scanAs(*this, output); }
 
 private:
     ErrorBuffer<N> buffer() { return ErrorBuffer<N>(this->methodState_, this->cols_); }
-    void dampInPlace(typename ErrorBuffer<N>::Cell &error) const;
+    void dampInPlace(Error &error) const;
+
+    // The 7/16 share for the next pixel of the row. The row above has added
+    // all of its shares to that pixel's cell already, so adding this one
+    // last, when the pixel is read, gives the very sum the cell would hold;
+    // and the next pixel need not wait for a store to memory and its reload.
+    Error ahead_{};
 };
 
 template <typename T, int N>
-[[gnu::always_inline]] inline void FloydSteinberg<T, N>::dampInPlace(typename ErrorBuffer<N>::Cell &error) const {
+[[gnu::always_inline]] inline void FloydSteinberg<T, N>::dampInPlace(Error &error) const {
     using Difference = typename SampleTraits<T>::Difference;
     for (int k = 0; k <= N; ++k) {
         const Difference range = static_cast<Difference>(this->bounds_.max[k]) -
@@ -94,7 +103,9 @@ template <typename T, int N>
 template <typename T, int N>
 [[gnu::always_inline]] inline typename FloydSteinberg<T, N>::ColorType FloydSteinberg<T, N>::pixelAt(std::uint32_t row,
                                                                        std::uint32_t col) {
-    auto &error = buffer().at(row, col);
+    const auto &cell = buffer().at(row, col);
+    Error error;
+    for (int k = 0; k <= N; ++k) error[k] = cell[k] + ahead_[k];
     dampInPlace(error);
     ColorType corrected(this->inputPixel(row, col));
     for (int k = 0; k <= N; ++k)
@@ -121,7 +132,7 @@ template <typename T, int N>
         auto &cell = cells.at(r, c);
         for (int k = 0; k <= N; ++k) cell[k] += error[k] * weight;
     };
-    spread(row, col + step, 0.4375);
+    for (int k = 0; k <= N; ++k) ahead_[k] = error[k] * 0.4375;
     spread(row + 1, col, 0.1875);
     spread(row + 1, col + step, 0.3125);
     spread(row + 1, col + step + step, 0.0625);
