@@ -14,6 +14,7 @@
 #include <spng.h>
 
 #include "color/NearestColor.h"
+#include "ForEachInstantiation.h"
 #include "color/CandidateGrid.h"
 #include "color/NearestColorFinder.h"
 
@@ -63,21 +64,13 @@ void expectSameAnswers(std::uint64_t state) {
     }
 }
 
+using tarvex_test::forEachChannelCount;
+using tarvex_test::forEachInstantiation;
+
 TEST(NearestColorFinder, AnswersAsTheExhaustiveSearchForEveryInstantiation) {
     std::uint64_t seed = 1;
-    const auto each = [&]<typename T>() {
-        for (int round = 0; round < 3; ++round) {
-            expectSameAnswers<T, 0>(++seed);
-            expectSameAnswers<T, 1>(++seed);
-            expectSameAnswers<T, 2>(++seed);
-            expectSameAnswers<T, 3>(++seed);
-        }
-    };
-    each.template operator()<signed char>();
-    each.template operator()<unsigned char>();
-    each.template operator()<unsigned short>();
-    each.template operator()<float>();
-    each.template operator()<double>();
+    for (int round = 0; round < 3; ++round)
+        forEachInstantiation([&]<typename T, int N>() { expectSameAnswers<T, N>(++seed); });
 }
 
 // The exhaustive search answers 0 for a NaN target, and never picks a NaN
@@ -196,15 +189,8 @@ void expectSameOnAdversarialPalettes(std::uint64_t state) {
 
 TEST(CandidateGrid, AnswersAsTheExhaustiveSearchOnAdversarialPalettes) {
     std::uint64_t seed = 77;
-    const auto each = [&]<typename T>() {
-        expectSameOnAdversarialPalettes<T, 0>(++seed);
-        expectSameOnAdversarialPalettes<T, 1>(++seed);
-        expectSameOnAdversarialPalettes<T, 2>(++seed);
-        expectSameOnAdversarialPalettes<T, 3>(++seed);
-    };
-    each.template operator()<signed char>();
-    each.template operator()<unsigned char>();
-    each.template operator()<unsigned short>();
+    forEachChannelCount<signed char, unsigned char, unsigned short>(
+        [&]<typename T, int N>() { expectSameOnAdversarialPalettes<T, N>(++seed); });
 }
 
 // Every possible target of one- and two-channel bytes.
