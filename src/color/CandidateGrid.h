@@ -50,7 +50,6 @@ public:
             colors_.push_back(candidateOf(palette.colors[i], i));
         for (int level = 0; level <= kTableLevel; ++level)
             levels_[level] = ZeroedArray<Span>(std::size_t{1} << (level * (N + 1)));
-        onlyColors_ = ZeroedArray<std::uint32_t>(levels_[kTableLevel].size());
     }
 
     // An empty palette answers 0, like the exhaustive search.
@@ -64,10 +63,7 @@ public:
             offsets[k] = offsetOf(target[k]);
             cells[k] = offsets[k] >> (kSampleBits - kTableLevel);
         }
-        const std::size_t key = keyOf(kTableLevel, cells);
-        if (const std::uint32_t only = onlyColors_[key]; only != 0) return only - 1;
         Span *found = &listOf(kTableLevel, cells);
-        if (found->count == 1) onlyColors_[key] = found->only + 1;
         for (int level = kTableLevel; found->count > kLongList && level < kSampleBits; ++level)
             found = &childList(*found, level + 1, offsets);
         const Span span = *found;
@@ -265,7 +261,6 @@ private:
 
     void forgetLists() {
         for (ZeroedArray<Span> &level : levels_) std::fill(level.begin(), level.end(), Span{});
-        std::fill(onlyColors_.begin(), onlyColors_.end(), 0u);
         children_.clear();
         entries_.clear();
     }
@@ -274,10 +269,6 @@ private:
     std::vector<Candidate> colors_;
     std::array<ZeroedArray<Span>, kTableLevel + 1> levels_;
     std::deque<ChildBlock> children_;  // a deque keeps the spans in place as it grows
-    // For each box of the table's finest level that holds one colour, its
-    // index + 1: a table a quarter the size of the spans, which stays in the
-    // processor's cache where the spans would not.
-    ZeroedArray<std::uint32_t> onlyColors_;
     std::vector<Candidate> entries_;
     std::vector<Candidate> scratch_;
 };
