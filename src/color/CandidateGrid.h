@@ -63,12 +63,12 @@ public:
             offsets[k] = offsetOf(target[k]);
             cells[k] = offsets[k] >> (kSampleBits - kTableLevel);
         }
-        Span *found = &listOf(kTableLevel, cells);
-        for (int level = kTableLevel; found->count > kLongList && level < kSampleBits; ++level)
-            found = &childList(*found, level + 1, offsets);
+        const Span *found = &listOf(kTableLevel, cells);
+        for (int level = kTableLevel + 1; found->count == kCut; ++level)
+            found = &childList(*found, level, offsets);
         const Span span = *found;
-        if (span.count == 1) return span.only;
-        const Candidate *candidate = entries_.data() + span.begin;
+        if (span.count == 1) return span.at;
+        const Candidate *candidate = entries_.data() + span.at;
         const Candidate *end = candidate + span.count;
         const Candidate *best = candidate;
         Distance bestDistance = distanceOf(*candidate, wanted);
@@ -105,16 +105,20 @@ private:
         Distance boxDistance;  // to the box the candidate is listed for
     };
 
-    // A box's list in entries_; no box has an empty list once made. A box
-    // with one colour also holds its index, which spares a second look-up.
-    // A box cut further numbers its block of smaller boxes from 1.
+    // A box's list: count colours from entries_[at]. No box has an empty
+    // list once made. A box of one colour keeps its index in `at` instead,
+    // which spares a look-up; a box cut further keeps there the number of
+    // its block of smaller boxes, with the count kCut. Eight bytes a box
+    // keep the table in the processor's cache.
     struct Span {
-        std::uint32_t begin;
+        std::uint32_t at;
         std::uint32_t count;
-        std::uint32_t only;
-        std::uint32_t children;
     };
-    using ChildBlock = std::array<Span, kChildren>;
+    static constexpr std::uint32_t kCut = 0xFFFFFFFF;
+    struct ChildBlock {
+        Span list;  // of the box that was cut
+        std::array<Span, kChildren> boxes;
+    };
 
     static std::uint32_t offsetOf(T sample) {
         return static_cast<std::uint32_t>(std::int32_t{sample} - kLowest);
@@ -155,36 +159,47 @@ private:
     // A box of the table's levels, its list made with its parents' if need be.
     Span &listOf(int level, const Cells &cells) {
         Span &span = levels_[level][keyOf(level, cells)];
-        if (span.count == 0) {
-            if (level == 0) {
-                span = makeList(level, cells, colors_.data(), colors_.size());
-            } else {
-                Cells parent = cells;
-                for (std::uint32_t &cell : parent) cell >>= 1;
-                const Span &above = listOf(level - 1, parent);
-                span = makeList(level, cells, entries_.data() + above.begin, above.count);
-            }
+        if (span.count != 0) return span;
+        if (level == 0) {
+            span = makeList(level, cells, colors_.data(), colors_.size());
+        } else {
+            Cells parent = cells;
+            for (std::uint32_t &cell : parent) cell >>= 1;
+            span = listWithin(listOf(level - 1, parent), level, cells);
         }
+        if (level == kTableLevel) cutIfLong(span, level);
         return span;
     }
 
-    // The smaller box at `level` inside a box of the level above, by the
-    // targets' samples.
-    [[gnu::noinline]] Span &childList(Span &parent, int level, const Cells &offsets) {
-        if (parent.children == 0) {
-            children_.emplace_back();
-            parent.children = static_cast<std::uint32_t>(children_.size());
-        }
+    // The smaller box at `level` inside a cut box of the level above, by the
+    // target's samples.
+    [[gnu::noinline]] const Span &childList(const Span &cut, int level, const Cells &offsets) {
+        ChildBlock &block = children_[cut.at];
         Cells cells;
         std::size_t which = 0;
         for (int k = 0; k <= N; ++k) {
             cells[k] = offsets[k] >> (kSampleBits - level);
             which = which << 1 | (cells[k] & 1);
         }
-        Span &child = children_[parent.children - 1][which];
-        if (child.count == 0)
-            child = makeList(level, cells, entries_.data() + parent.begin, parent.count);
+        Span &child = block.boxes[which];
+        if (child.count == 0) {
+            child = listWithin(block.list, level, cells);
+            cutIfLong(child, level);
+        }
         return child;
+    }
+
+    // Inside a box of one colour there is only that colour.
+    Span listWithin(const Span &parent, int level, const Cells &cells) {
+        if (parent.count == 1) return parent;
+        return makeList(level, cells, entries_.data() + parent.at, parent.count);
+    }
+
+    // Long lists are cut into smaller boxes rather than scanned.
+    void cutIfLong(Span &span, int level) {
+        if (span.count <= kLongList || level == kSampleBits) return;
+        children_.push_back({span, {}});
+        span = {static_cast<std::uint32_t>(children_.size() - 1), kCut};
     }
 
     // The colours that can win somewhere in the box, from those that can win
@@ -218,8 +233,9 @@ private:
             std::sort(scratch_.begin(), scratch_.end(), [](const Candidate &a, const Candidate &b) {
                 return a.boxDistance < b.boxDistance;
             });
+        if (scratch_.size() == 1) return {scratch_.front().index, 1};
         const Span span{static_cast<std::uint32_t>(entries_.size()),
-                        static_cast<std::uint32_t>(scratch_.size()), scratch_.front().index, 0};
+                        static_cast<std::uint32_t>(scratch_.size())};
         entries_.insert(entries_.end(), scratch_.begin(), scratch_.end());
         return span;
     }
