@@ -63,6 +63,7 @@ public:
             offsets[k] = offsetOf(target[k]);
             cells[k] = offsets[k] >> (kSampleBits - kTableLevel);
         }
+        if (!byFirstChannel_.empty()) return walkFirstChannel(wanted);
         const Span *found = &listOf(kTableLevel, cells);
         for (int level = kTableLevel + 1; found->count == kCut; ++level)
             found = &childList(*found, level, offsets);
@@ -275,13 +276,50 @@ private:
         return least > 0;
     }
 
+    // Lists that overflow again and again belong to a large palette whose
+    // colours are near few targets each: then the palette is searched along
+    // its first channel instead, which costs no memory and bounds the time.
     void forgetLists() {
+        if (++forgotten_ == kForgetsBeforeWalking) {
+            byFirstChannel_ = colors_;
+            std::sort(byFirstChannel_.begin(), byFirstChannel_.end(),
+                      [](const Candidate &a, const Candidate &b) { return a.samples[0] < b.samples[0]; });
+        }
         for (ZeroedArray<Span> &level : levels_) std::fill(level.begin(), level.end(), Span{});
         children_.clear();
         entries_.clear();
     }
 
+    // From the nearest first sample outwards, each way until the first
+    // channel alone is farther than the best distance found.
+    std::uint32_t walkFirstChannel(const Samples &wanted) const {
+        const auto start = std::lower_bound(
+            byFirstChannel_.begin(), byFirstChannel_.end(), wanted[0],
+            [](const Candidate &c, std::int32_t sample) { return c.samples[0] < sample; });
+        const Candidate *best = nullptr;
+        Distance bestDistance = std::numeric_limits<Distance>::max();
+        const auto consider = [&](const Candidate &c) {
+            const Distance gap = std::int32_t{c.samples[0]} - wanted[0];
+            if (gap * gap > bestDistance) return false;
+            const Distance distance = distanceOf(c, wanted);
+            if (best == nullptr || distance < bestDistance ||
+                (distance == bestDistance && before(c, *best, wanted))) {
+                best = &c;
+                bestDistance = distance;
+            }
+            return true;
+        };
+        for (auto up = start; up != byFirstChannel_.end() && consider(*up); ++up) {
+        }
+        for (auto down = start; down != byFirstChannel_.begin() && consider(*(down - 1)); --down) {
+        }
+        return best->index;
+    }
+
+    static constexpr int kForgetsBeforeWalking = 3;
     std::size_t entryLimit_;
+    int forgotten_ = 0;
+    std::vector<Candidate> byFirstChannel_;
     std::vector<Candidate> colors_;
     std::array<ZeroedArray<Span>, kTableLevel + 1> levels_;
     std::deque<ChildBlock> children_;  // a deque keeps the spans in place as it grows
