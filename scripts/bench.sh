@@ -12,3 +12,7 @@ for program in "$build"/bench/*_benchmark; do
 done
 printf '\n== compare_import.sh\n'
 "$(dirname "$0")/../bench/compare_import.sh" "$build"
+
+# DitherImage beside Pillow on photographs, with ratios.
+printf '\n== compare_dither\n'
+"$(dirname "$0")/../bench/compare_dither.sh" "$build"

@@ -1,17 +1,18 @@
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <cstdint>
 #include <cstdlib>
-#include <memory>
-#include <new>
 #include <stdexcept>
 
 #include "color/Color.h"
 #include "color/ColorBounds.h"
 #include "color/NumericConversions.h"
+#include "color/Palette.h"
 #include "color/SampleTraits.h"
+#include "color/ZeroedArray.h"
 
 namespace ColorUtilities {
 
@@ -53,63 +54,42 @@ struct CellRule<unsigned short> : ShiftCellRule<unsigned short> {};
 
 // Palette indices of colours already searched, by cell: colours that share a
 // cell share an answer. A dense (N+1)-dimensional array of 2^bits cells per
-// channel, allocated zero-filled and untouched until used, so that an unused
-// cache costs no memory pages.
+// channel, zero-filled and untouched until used, so that an unused cache
+// costs no memory pages.
 template <typename T, int N>
 class ColorCellCache {
 public:
-    static constexpr std::uint32_t kUnknown = 0xFFFFFFFF;
-
     explicit ColorCellCache(std::uint32_t bits) {
         const std::uint64_t side = std::uint64_t{1} << bits;
-        entryCount_ = 1;
+        std::uint64_t count = 1;
         for (int k = N; k >= 0; --k) {
-            dimensions_[k] = static_cast<std::uint32_t>(side);
-            strides_[k] = entryCount_;
-            entryCount_ *= side;
+            strides_[k] = count;
+            count *= side;
         }
-        entries_.reset(
-            static_cast<std::uint32_t *>(std::calloc(entryCount_, sizeof(std::uint32_t))));
-        if (entries_ == nullptr) throw std::bad_alloc();
+        entries_ = ZeroedArray<std::uint32_t>(count);
     }
 
-    // The key of target's cell; the cell coordinates stay readable until the
-    // next call.
-    std::uint64_t keyOf(const Color<T, N> &target, const ColorBounds<T, N> &bounds) {
+    std::uint64_t keyOf(const Color<T, N> &target, const ColorBounds<T, N> &bounds) const {
         std::uint64_t key = 0;
-        for (int k = 0; k <= N; ++k) {
-            cell_[k] = CellRule<T>::cell(target[k], k, bounds);
-            key += cell_[k] * strides_[k];
-        }
+        for (int k = 0; k <= N; ++k) key += CellRule<T>::cell(target[k], k, bounds) * strides_[k];
         return key;
     }
 
     std::uint32_t lookup(std::uint64_t key) const { return entries_[checked(key)]; }
     void store(std::uint64_t key, std::uint32_t index) { entries_[checked(key)] = index; }
 
-    void forgetAll() {
-        for (std::uint64_t i = 0; i < entryCount_; ++i) entries_[i] = kUnknown;
-    }
+    void forgetAll() { std::fill(entries_.begin(), entries_.end(), kUnknownIndex); }
 
-    std::uint64_t entryCount() const noexcept { return entryCount_; }
-    const std::array<std::uint32_t, N + 1> &dimensions() const noexcept { return dimensions_; }
-    const std::array<std::uint32_t, N + 1> &lastCell() const noexcept { return cell_; }
+    std::uint64_t entryCount() const noexcept { return entries_.size(); }
 
 private:
-    struct FreeDeleter {
-        void operator()(std::uint32_t *p) const noexcept { std::free(p); }
-    };
-
     std::uint64_t checked(std::uint64_t key) const {
-        if (key >= entryCount_) throw std::out_of_range("invalid vector<T> subscript");
+        if (key >= entries_.size()) throw std::out_of_range("invalid vector<T> subscript");
         return key;
     }
 
-    std::array<std::uint32_t, N + 1> dimensions_{};
     std::array<std::uint64_t, N + 1> strides_{};
-    std::uint64_t entryCount_ = 0;
-    std::unique_ptr<std::uint32_t[], FreeDeleter> entries_;
-    std::array<std::uint32_t, N + 1> cell_{};
+    ZeroedArray<std::uint32_t> entries_;
 };
 
 }  // namespace ColorUtilities

@@ -34,11 +34,4 @@ bool closerByChannels(const Color<T, N> &a, const Color<T, N> &b, const Color<T,
     return false;
 }
 
-// 0^2 .. 255^2, the squares of the differences of 8-bit samples.
-inline constexpr std::array<std::uint32_t, 256> kSquares = [] {
-    std::array<std::uint32_t, 256> squares{};
-    for (std::uint32_t i = 0; i < 256; ++i) squares[i] = i * i;
-    return squares;
-}();
-
 }  // namespace ColorUtilities

@@ -11,32 +11,36 @@
 
 namespace ColorUtilities {
 
-// The exhaustive search's answers, found faster: remembered per colour, and
-// for integer samples searched among few palette colours. Real samples are
-// searched exhaustively, since pruning by bounds computed in floating point
-// could drop a colour the exhaustive search would pick.
+// The exhaustive search's answers, found faster: for integer samples searched
+// among few palette colours; for real samples remembered per colour and
+// otherwise searched exhaustively, since pruning by bounds computed in
+// floating point could drop a colour the exhaustive search would pick.
 template <typename T, int N>
 class NearestColorFinder {
 public:
     explicit NearestColorFinder(const Palette<T, N> &palette) : palette_(palette) {
-        if constexpr (std::is_integral_v<T>) grid_.emplace(palette);
+        if constexpr (std::is_integral_v<T>)
+            grid_.emplace(palette);
+        else
+            memo_.emplace();
     }
 
     std::uint32_t find(const Color<T, N> &target) {
-        std::uint32_t index;
-        if (memo_.recall(target, &index)) return index;
-        if constexpr (std::is_integral_v<T>)
-            index = grid_->find(target);
-        else
+        if constexpr (std::is_integral_v<T>) {
+            return grid_->find(target);
+        } else {
+            std::uint32_t index;
+            if (memo_->recall(target, &index)) return index;
             index = nearestColorIndex(palette_, target);
-        memo_.remember(target, index);
-        return index;
+            memo_->remember(target, index);
+            return index;
+        }
     }
 
 private:
     const Palette<T, N> &palette_;
     std::optional<CandidateGrid<T, N>> grid_;
-    NearestColorMemo<T, N> memo_;
+    std::optional<NearestColorMemo<T, N>> memo_;
 };
 
 }  // namespace ColorUtilities

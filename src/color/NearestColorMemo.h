@@ -5,7 +5,7 @@
 #include <cstring>
 #include <vector>
 
-#include "color/Color.h"
+#include "color/Palette.h"
 
 namespace ColorUtilities {
 
@@ -16,14 +16,12 @@ namespace ColorUtilities {
 template <typename T, int N>
 class NearestColorMemo {
 public:
-    static constexpr std::uint32_t kEmpty = 0xFFFFFFFF;
-
     NearestColorMemo() : slots_(kSlots) {}
 
     // True with the remembered answer in *index, if any.
     bool recall(const Color<T, N> &color, std::uint32_t *index) const {
         const Slot &slot = slots_[slotOf(color)];
-        if (slot.index == kEmpty || std::memcmp(&slot.key, &color.values, sizeof slot.key) != 0)
+        if (slot.index == kUnknownIndex || std::memcmp(&slot.key, &color.values, sizeof slot.key) != 0)
             return false;
         *index = slot.index;
         return true;
@@ -41,7 +39,7 @@ private:
 
     struct Slot {
         std::array<T, N + 1> key{};
-        std::uint32_t index = kEmpty;
+        std::uint32_t index = kUnknownIndex;
     };
 
     static std::size_t slotOf(const Color<T, N> &color) {

@@ -10,6 +10,9 @@
 
 namespace ColorUtilities {
 
+// No palette index: what a search cache holds where it knows no answer yet.
+inline constexpr std::uint32_t kUnknownIndex = 0xFFFFFFFF;
+
 // The colours an image is mapped to; a colour's position is its index. Always
 // held through a shared pointer, since a quantizer and the ditherer built from
 // it map to the same list.
@@ -24,14 +27,12 @@ public:
 
     // Index overruns are out-of-range errors, not runtime errors: the dither
     // export reports the two kinds with different codes.
-    const Color<T, N> &at(std::size_t index) const {
+    [[gnu::always_inline]] const Color<T, N> &at(std::size_t index) const {
         if (index >= colors.size()) throw std::out_of_range("invalid vector<T> subscript");
         return colors[index];
     }
 
     std::vector<Color<T, N>> colors;
-    std::uint32_t channels = N + 1;
-    std::uint32_t sampleBits = 8;  // kept for layout; nothing reads it
     // Set once the colours are ordered by mean intensity (which renumbers them).
     bool sorted = false;
 };

@@ -14,7 +14,8 @@ namespace ColorUtilities {
 namespace detail {
 
 // The largest per-channel difference of real samples that the sorted search
-// squares; four such squares still fit in 64 bits.
+// squares; four such squares still fit in 64 bits. Differences are squared
+// exactly, also those past 255.
 inline constexpr std::uint64_t kLargestRealDifference = (std::uint64_t{1} << 31) - 1;
 
 // |a - b| as the sorted search measures it: exact for the integer types,
@@ -25,11 +26,6 @@ std::uint64_t searchDifference(T a, T b) {
         return static_cast<std::uint64_t>(std::abs(a - b));
     else
         return toUnsignedSaturated(static_cast<double>(std::abs(a - b)), kLargestRealDifference);
-}
-
-// The table covers 8-bit differences; larger ones get their true square.
-inline std::uint64_t squareOf(std::uint64_t difference) {
-    return difference < kSquares.size() ? kSquares[difference] : difference * difference;
 }
 
 template <typename T, int N>
@@ -74,7 +70,8 @@ private:
         if (!(2.0 * limit >= pairs_(best_, j))) return true;
         std::uint64_t distance = 0;
         for (int k = 0; k <= N; ++k) {
-            distance += squareOf(searchDifference(target_[k], candidate[k]));
+            const std::uint64_t difference = searchDifference(target_[k], candidate[k]);
+            distance += difference * difference;
             if (distance > bestDistance_) return true;
         }
         if (distance < bestDistance_) {

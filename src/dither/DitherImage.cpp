@@ -32,7 +32,6 @@ struct DitherWorker {
             const T *input = image.data() + static_cast<std::size_t>(s) * sliceSamples;
             ditherer->setPixels(input);
             ditherer->bounds().fillForSlice(ditherer->bits(), input, slicePixels);
-            ditherer->resetCache();
             ditherer->ditherSlice(result.data() + static_cast<std::size_t>(s) * sliceSamples, true);
         }
         arguments.setImage(result);

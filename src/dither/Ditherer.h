@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <optional>
+#include <variant>
 #include <vector>
 
 #include "color/Color.h"
@@ -16,15 +17,14 @@
 #include "color/Palette.h"
 #include "color/Quantizer.h"
 #include "color/SortedSearch.h"
+#include "dither/SliceOutput.h"
 
 namespace ColorUtilities {
 
-template <typename T, int N>
-class FloydSteinberg;
-
 // Maps the pixels of an image slice to palette colours, in serpentine rows.
 // The base class maps each pixel on its own; methods that diffuse the error
-// override the hooks.
+// override the hooks, and run the scan over their own final class so that
+// the hooks inline into it.
 template <typename T, int N>
 class Ditherer {
 public:
@@ -49,9 +49,14 @@ public:
     std::uint8_t bits() const noexcept { return bits_; }
     const Palette<T, N> &palette() const noexcept { return *palette_; }
 
-    // Writes each pixel's palette colour (N+1 samples) or its palette index.
+    // Writes each pixel's palette colour (N+1 samples of T) or its palette
+    // index (to an unsigned index array).
     template <typename Out>
-    void ditherSlice(Out *out, bool writeColours);
+    void ditherSlice(Out *out, bool writeColours) {
+        resetCache();
+        resetState();
+        mapSlice(sliceOutput<T, N>(out, writeColours));
+    }
 
     virtual void resetCache();
 
@@ -61,9 +66,15 @@ protected:
     virtual Error errorOf(const ColorType &wanted, const ColorType &chosen);
     virtual void diffuseError(const Error &error, std::uint32_t row, std::uint32_t col,
                               std::uint32_t step);
-    // True for error diffusion, whose hooks the scan loop then calls
-    // directly rather than through the virtual slots, once per pixel.
-    virtual bool diffusesError() const { return false; }
+    // Called before the first pixel of each row.
+    void beginRow(std::uint32_t) {}
+    // Every final method class runs the scan over itself.
+    virtual void mapSlice(const SliceOutput<T, N> &output) { scanAs(*this, output); }
+
+    template <class Method>
+    void scanAs(Method &method, const SliceOutput<T, N> &output) {
+        std::visit([&](const auto &write) { scan(method, write); }, output);
+    }
 
     const T *inputPixel(std::uint32_t row, std::uint32_t col) const {
         return pixels_ + (std::size_t{cols_} * row + col) * (N + 1);
@@ -73,13 +84,13 @@ protected:
     std::uint32_t rows_;
     std::uint32_t cols_;
     const T *pixels_ = nullptr;
-    bool serpentine_ = true;
     bool useCache_ = false;
     bool useSortedSearch_ = false;
     SharedPalette<T, N> palette_;
     std::vector<std::array<double, N + 1>> methodState_;
     ColorBounds<T, N> bounds_;
-    ColorCellCache<T, N> cache_;
+    // Only a ditherer that caches has one: it takes up to 64 MB.
+    std::optional<ColorCellCache<T, N>> cache_;
     IntensityIndex intensityIndex_;
     PairDistanceTable pairDistances_;
     // The exhaustive search, answered faster but to the same bit.
@@ -87,19 +98,16 @@ protected:
 
 private:
     void prepareSearch();
-    template <class Method, typename Out>
-    void scan(Out *out, bool writeColours);
+    template <class Method, class Writer>
+    void scan(Method &method, const Writer &write);
     std::uint32_t search(const ColorType &wanted);
     std::uint32_t chooseIndex(const ColorType &wanted);
-    template <typename Out>
-    void write(Out *out, std::uint32_t row, std::uint32_t col, std::uint32_t index,
-               const ColorType &chosen, bool writeColours) const;
 };
 
 template <typename T, int N>
 Ditherer<T, N>::Ditherer(SharedPalette<T, N> palette, std::uint32_t rows, std::uint32_t cols, bool,
                          bool)
-    : bits_(N == 3 ? 6 : 8), rows_(rows), cols_(cols), palette_(std::move(palette)), cache_(bits_) {
+    : bits_(N == 3 ? 6 : 8), rows_(rows), cols_(cols), palette_(std::move(palette)) {
     prepareSearch();
 }
 
@@ -111,8 +119,8 @@ Ditherer<T, N>::Ditherer(const Quant::Quantizer<T, N> &quantizer, std::uint32_t 
       cols_(cols),
       useCache_(cacheFlag),
       useSortedSearch_(sortedFlag),
-      palette_(quantizer.palette()),
-      cache_(bits_) {
+      palette_(quantizer.palette()) {
+    if (useCache_) cache_.emplace(bits_);
     bounds_.max = quantizer.bounds().max;
     bounds_.min = quantizer.bounds().min;
     bounds_.setCells(0, bits_);
@@ -133,7 +141,7 @@ void Ditherer<T, N>::prepareSearch() {
 
 template <typename T, int N>
 void Ditherer<T, N>::resetCache() {
-    if (useCache_) cache_.forgetAll();
+    if (useCache_) cache_->forgetAll();
 }
 
 template <typename T, int N>
@@ -160,52 +168,28 @@ inline std::uint32_t Ditherer<T, N>::search(const ColorType &wanted) {
 template <typename T, int N>
 inline std::uint32_t Ditherer<T, N>::chooseIndex(const ColorType &wanted) {
     if (!useCache_) return search(wanted);
-    const std::uint64_t key = cache_.keyOf(wanted, bounds_);
-    const std::uint32_t cached = cache_.lookup(key);
+    const std::uint64_t key = cache_->keyOf(wanted, bounds_);
+    const std::uint32_t cached = cache_->lookup(key);
     const std::uint32_t index = static_cast<std::int32_t>(cached) > 0 ? cached : search(wanted);
-    cache_.store(key, index);
+    cache_->store(key, index);
     return index;
 }
 
-template <typename T, int N>
-template <typename Out>
-void Ditherer<T, N>::write(Out *out, std::uint32_t row, std::uint32_t col, std::uint32_t index,
-                           const ColorType &chosen, bool writeColours) const {
-    const std::size_t position = std::size_t{cols_} * row + col;
-    if (!writeColours) {
-        out[position] = static_cast<Out>(index);
-        return;
-    }
-    Out *pixel = out + position * (N + 1);
-    for (int k = 0; k <= N; ++k) pixel[k] = static_cast<Out>(chosen[k]);
-}
-
-template <typename T, int N>
-template <typename Out>
-void Ditherer<T, N>::ditherSlice(Out *out, bool writeColours) {
-    resetCache();
-    resetState();
-    if (diffusesError())
-        scan<FloydSteinberg<T, N>>(out, writeColours);
-    else
-        scan<Ditherer>(out, writeColours);
-}
-
-// Method is the ditherer's own, final class: its hooks are named, not looked
+// Method is the ditherer's own final class: its hooks are named, not looked
 // up, so that they inline into the loop.
 template <typename T, int N>
-template <class Method, typename Out>
-void Ditherer<T, N>::scan(Out *out, bool writeColours) {
-    Method &method = static_cast<Method &>(*this);
+template <class Method, class Writer>
+void Ditherer<T, N>::scan(Method &method, const Writer &write) {
     for (std::uint32_t row = 0; row < rows_; ++row) {
-        const bool backward = serpentine_ && row % 2 == 1;
+        const bool backward = row % 2 == 1;
         const std::uint32_t step = backward ? kBackward : kForward;
         std::uint32_t col = backward ? cols_ - 1 : 0;
+        method.Method::beginRow(row);
         for (std::uint32_t visited = 0; visited < cols_; ++visited, col += step) {
             const ColorType wanted = method.Method::pixelAt(row, col);
             const std::uint32_t index = chooseIndex(wanted);
             const ColorType &chosen = palette_->at(index);
-            write(out, row, col, index, chosen, writeColours);
+            write(std::size_t{cols_} * row + col, index, chosen);
             method.Method::diffuseError(method.Method::errorOf(wanted, chosen), row, col, step);
         }
     }

@@ -1,6 +1,8 @@
 #pragma once
 
+#include <algorithm>
 #include <array>
+#include <cstddef>
 #include <cstdint>
 #include <stdexcept>
 #include <vector>
@@ -8,11 +10,13 @@
 namespace ColorUtilities {
 
 // The errors waiting to be added to pixels not yet visited, one cell of N+1
-// channels per pixel, laid over storage that the ditherer owns. Every row has
-// two guard cells on each side and a guard row lies below the image, so that
-// errors pushed off the image land somewhere and are never read back.
-// Indices are 32-bit unsigned, so a step of -1 is 0xFFFFFFFF and column
-// arithmetic wraps into the left guard cells.
+// channels per pixel, laid over storage that the ditherer owns. A pixel's
+// error comes from its own row and the row above, so two rows of cells are
+// all that is ever read: row r lives in slot r % 2, and a slot is cleared
+// just before its row starts receiving errors. Every row has two guard cells
+// on each side, and the row below the last one is never read, so errors
+// pushed off the image land somewhere and are lost. Columns are 32-bit
+// unsigned, so a step of -1 is 0xFFFFFFFF and wraps into the left guards.
 template <int N>
 class ErrorBuffer {
 public:
@@ -20,17 +24,24 @@ public:
 
     ErrorBuffer(std::vector<Cell> &cells, std::uint32_t cols) : cells_(cells), cols_(cols) {}
 
-    void reset(std::uint32_t rows) {
-        cells_.assign(std::uint32_t{(cols_ + 4) * (rows + 1)}, Cell{});
+    void reset() { cells_.assign(2 * rowCells(), Cell{}); }
+
+    // Before row `row` is scanned: the row below starts empty.
+    void beginRow(std::uint32_t row) {
+        const auto first = cells_.begin() + static_cast<std::ptrdiff_t>(slotOf(row + 1));
+        std::fill(first, first + static_cast<std::ptrdiff_t>(rowCells()), Cell{});
     }
 
-    Cell &at(std::uint32_t row, std::uint32_t col) {
-        const std::uint32_t index = (cols_ + 4) * row + col + 2;
+    [[gnu::always_inline]] Cell &at(std::uint32_t row, std::uint32_t col) {
+        const std::size_t index = slotOf(row) + std::uint32_t{col + 2};
         if (index >= cells_.size()) throw std::out_of_range("invalid vector<T> subscript");
         return cells_[index];
     }
 
 private:
+    std::size_t rowCells() const { return std::size_t{cols_} + 4; }
+    std::size_t slotOf(std::uint32_t row) const { return (row & 1u) * rowCells(); }
+
     std::vector<Cell> &cells_;
     std::uint32_t cols_;
 };

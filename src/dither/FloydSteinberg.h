@@ -15,7 +15,7 @@ namespace detail {
 
 // Large accumulated errors are damped before use, so that a run of pixels
 // far from every palette colour does not build up streaks.
-inline double dampedError(double error, double range) {
+[[gnu::always_inline]] inline double dampedError(double error, double range) {
     // Most errors are well under a quarter of the range, and are kept without
     // dividing: the margin leaves no doubt about how the ratio would round.
     constexpr double kSafeQuarter = 0.25 * (1.0 - 0x1.0p-40);
@@ -29,7 +29,7 @@ inline double dampedError(double error, double range) {
 
 // Half away from zero, as lround rounds, without the library call. The
 // fraction is exact for samples of the integer types.
-inline double roundHalfAway(double value) {
+[[gnu::always_inline]] inline double roundHalfAway(double value) {
     const double whole = static_cast<double>(static_cast<std::int64_t>(value));
     const double fraction = value - whole;
     // Without branches: which way a sample rounds is as good as random.
@@ -39,7 +39,7 @@ inline double roundHalfAway(double value) {
 // The sample plus its error, clamped to the box: rounded for the integer
 // types, converted to float before clamping for float.
 template <typename T>
-T correctedSample(T sample, double error, T low, T high) {
+[[gnu::always_inline]] inline T correctedSample(T sample, double error, T low, T high) {
     const double wanted = static_cast<double>(sample) + error;
     if constexpr (std::is_integral_v<T>) {
         const double clamped =
@@ -59,7 +59,7 @@ T correctedSample(T sample, double error, T low, T high) {
 template <typename T, int N>
 class FloydSteinberg final : public Ditherer<T, N> {
     using Base = Ditherer<T, N>;
-    friend Base;  // its scan loop calls the hooks below directly
+    friend Base;  // its scan loop calls the hooks below by name
 
 public:
     using Base::Base;
@@ -67,20 +67,30 @@ public:
     using typename Base::Error;
 
 protected:
-    void resetState() override { buffer().reset(this->rows_); }
+    void resetState() override { buffer().reset(); }
     ColorType pixelAt(std::uint32_t row, std::uint32_t col) override;
     Error errorOf(const ColorType &wanted, const ColorType &chosen) override;
     void diffuseError(const Error &error, std::uint32_t row, std::uint32_t col,
                       std::uint32_t step) override;
-    bool diffusesError() const override { return true; }
+    void beginRow(std::uint32_t row) {
+        buffer().beginRow(row);
+        ahead_ = Error{};
+    }
+    void mapSlice(const SliceOutput<T, N> &output) override { this->scanAs(*this, output); }
 
 private:
     ErrorBuffer<N> buffer() { return ErrorBuffer<N>(this->methodState_, this->cols_); }
-    void dampInPlace(typename ErrorBuffer<N>::Cell &error) const;
+    void dampInPlace(Error &error) const;
+
+    // The 7/16 share for the next pixel of the row. The row above has added
+    // all of its shares to that pixel's cell already, so adding this one
+    // last, when the pixel is read, gives the very sum the cell would hold;
+    // and the next pixel need not wait for a store to memory and its reload.
+    Error ahead_{};
 };
 
 template <typename T, int N>
-inline void FloydSteinberg<T, N>::dampInPlace(typename ErrorBuffer<N>::Cell &error) const {
+[[gnu::always_inline]] inline void FloydSteinberg<T, N>::dampInPlace(Error &error) const {
     using Difference = typename SampleTraits<T>::Difference;
     for (int k = 0; k <= N; ++k) {
         const Difference range = static_cast<Difference>(this->bounds_.max[k]) -
@@ -91,9 +101,11 @@ inline void FloydSteinberg<T, N>::dampInPlace(typename ErrorBuffer<N>::Cell &err
 }
 
 template <typename T, int N>
-inline typename FloydSteinberg<T, N>::ColorType FloydSteinberg<T, N>::pixelAt(std::uint32_t row,
+[[gnu::always_inline]] inline typename FloydSteinberg<T, N>::ColorType FloydSteinberg<T, N>::pixelAt(std::uint32_t row,
                                                                        std::uint32_t col) {
-    auto &error = buffer().at(row, col);
+    const auto &cell = buffer().at(row, col);
+    Error error;
+    for (int k = 0; k <= N; ++k) error[k] = cell[k] + ahead_[k];
     dampInPlace(error);
     ColorType corrected(this->inputPixel(row, col));
     for (int k = 0; k <= N; ++k)
@@ -103,7 +115,7 @@ inline typename FloydSteinberg<T, N>::ColorType FloydSteinberg<T, N>::pixelAt(st
 }
 
 template <typename T, int N>
-inline typename FloydSteinberg<T, N>::Error FloydSteinberg<T, N>::errorOf(const ColorType &wanted,
+[[gnu::always_inline]] inline typename FloydSteinberg<T, N>::Error FloydSteinberg<T, N>::errorOf(const ColorType &wanted,
                                                                    const ColorType &chosen) {
     Error error;
     for (int k = 0; k <= N; ++k)
@@ -112,14 +124,15 @@ inline typename FloydSteinberg<T, N>::Error FloydSteinberg<T, N>::errorOf(const 
 }
 
 template <typename T, int N>
-inline void FloydSteinberg<T, N>::diffuseError(const Error &error, std::uint32_t row, std::uint32_t col,
+[[gnu::always_inline]] inline void FloydSteinberg<T, N>::diffuseError(const Error &error, std::uint32_t row, std::uint32_t col,
                                         std::uint32_t step) {
     ErrorBuffer<N> cells = buffer();
-    const auto spread = [&](std::uint32_t r, std::uint32_t c, double weight) {
+    const auto spread = [&](std::uint32_t r, std::uint32_t c, double weight)
+                            __attribute__((always_inline)) {
         auto &cell = cells.at(r, c);
         for (int k = 0; k <= N; ++k) cell[k] += error[k] * weight;
     };
-    spread(row, col + step, 0.4375);
+    for (int k = 0; k <= N; ++k) ahead_[k] = error[k] * 0.4375;
     spread(row + 1, col, 0.1875);
     spread(row + 1, col + step, 0.3125);
     spread(row + 1, col + step + step, 0.0625);

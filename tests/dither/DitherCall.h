@@ -11,6 +11,7 @@
 
 #include <gtest/gtest.h>
 
+#include "ForEachInstantiation.h"
 #include "Plugin.h"
 #include "host/ElementTypes.h"
 
@@ -100,21 +101,7 @@ inline int callDitherImage(const DitherArguments &a, MImage *result, mint argc =
     return code;
 }
 
-// Runs f.template operator()<T, N>() for the twenty instantiations.
-template <typename F>
-void forEachInstantiation(F &&f) {
-    const auto channels = [&]<typename T>() {
-        f.template operator()<T, 0>();
-        f.template operator()<T, 1>();
-        f.template operator()<T, 2>();
-        f.template operator()<T, 3>();
-    };
-    channels.template operator()<signed char>();
-    channels.template operator()<unsigned char>();
-    channels.template operator()<unsigned short>();
-    channels.template operator()<float>();
-    channels.template operator()<double>();
-}
+using tarvex_test::forEachInstantiation;
 
 // Deterministic pseudo-random numbers (splitmix64).
 class Random {

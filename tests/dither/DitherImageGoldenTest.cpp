@@ -1,6 +1,7 @@
 // DitherImage output, fixed to the bit: checksums of every instantiation's
 // result on fixed pseudo-random images, both methods, 2-D and 3-D. Any change
-// in the mapping that alters one sample fails here.
+// in the mapping that alters one sample fails here, and every checksum is
+// confirmed by the separate reference implementation on the same input.
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
@@ -10,6 +11,7 @@
 #include <gtest/gtest.h>
 
 #include "DitherCall.h"
+#include "ReferenceDither.h"
 
 namespace {
 
@@ -31,22 +33,33 @@ std::string typeName() {
     return "real64";
 }
 
+template <typename T>
+std::uint64_t checksumOf(const std::vector<T> &samples) {
+    return fnv1a(samples.data(), samples.size() * sizeof(T));
+}
+
+struct Checksums {
+    std::uint64_t plugin = 0;
+    std::uint64_t reference = 0;
+};
+
 // Seeded per case so that each case's input stays the same whatever others do.
 template <typename T, int N>
-std::uint64_t checksumOf(const char *method, bool threeD) {
+Checksums checksumsOf(const char *method, bool threeD) {
     const std::string name = typeName<T>();
     Random random(fnv1a(name.data(), name.size()) ^ (N * 7919) ^ (threeD ? 1 : 0));
     const ImageShape shape{threeD ? 3 : 0, 29, 17, N + 1};
     const int paletteSize = std::is_same_v<T, signed char> ? 3 : 12;
-    OwnedImage image(newImage<T>(shape, randomSamples<T>(random, shape)));
-    OwnedRawArray map(
-        newRawArray<T>({paletteSize, N + 1}, randomColorMap<T>(random, paletteSize, N + 1)));
+    const std::vector<T> samples = randomSamples<T>(random, shape);
+    const std::vector<T> colorMap = randomColorMap<T>(random, paletteSize, N + 1);
+    OwnedImage image(newImage<T>(shape, samples));
+    OwnedRawArray map(newRawArray<T>({paletteSize, N + 1}, colorMap));
     MImage answer = nullptr;
     EXPECT_EQ(callDitherImage({image.handle, map.handle, method}, &answer), 0);
     OwnedImage result(answer);
-    if (answer == nullptr) return 0;
-    const std::vector<T> samples = samplesOf<T>(answer);
-    return fnv1a(samples.data(), samples.size() * sizeof(T));
+    const bool diffuse = std::string(method) == "FloydSteinberg";
+    return {answer == nullptr ? 0 : checksumOf(samplesOf<T>(answer)),
+            checksumOf(referenceDither<T, N + 1>(samples, shape, colorMap, diffuse))};
 }
 
 const std::map<std::string, std::uint64_t> kGolden = {
@@ -61,13 +74,14 @@ TEST(DitherImageGolden, EveryInstantiationBothMethodsTwoAndThreeDimensions) {
             for (const bool threeD : {false, true}) {
                 const std::string key = typeName<T>() + "/" + std::to_string(N + 1) + "/" +
                                         method + (threeD ? "/3D" : "/2D");
-                const std::uint64_t sum = checksumOf<T, N>(method, threeD);
+                const Checksums sums = checksumsOf<T, N>(method, threeD);
                 if (print)
                     std::printf("    {\"%s\", 0x%016llxULL},\n", key.c_str(),
-                                static_cast<unsigned long long>(sum));
+                                static_cast<unsigned long long>(sums.plugin));
                 const auto golden = kGolden.find(key);
                 ASSERT_NE(golden, kGolden.end()) << "no checksum for " << key;
-                EXPECT_EQ(sum, golden->second) << key;
+                EXPECT_EQ(sums.plugin, golden->second) << key;
+                EXPECT_EQ(sums.reference, golden->second) << key << ", by the reference";
             }
     });
 }
