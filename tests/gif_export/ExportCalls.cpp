@@ -1,0 +1,213 @@
+#include "ExportCalls.h"
+
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+
+namespace export_test {
+namespace {
+
+QuorbelLibraryData host() { return rh_library_data(RH_TABLE_FULL); }
+
+rh::Tensor newTensor(const TensorSpec &spec) {
+    std::vector<mint> dims = spec.dimensions;
+    if (dims.empty()) dims.push_back(static_cast<mint>(spec.values.size()));
+    MTensor tensor = nullptr;
+    EXPECT_EQ(host()->tensorNew(spec.type, static_cast<mint>(dims.size()), dims.data(), &tensor), 0);
+    for (std::size_t i = 0; i < spec.values.size(); ++i) {
+        if (spec.type == MTensor_Type_Integer)
+            host()->tensorGetIntegerData(tensor)[i] = static_cast<mint>(spec.values[i]);
+        else
+            host()->tensorGetRealData(tensor)[i] = spec.values[i];
+    }
+    return rh::Tensor(tensor);
+}
+
+RhValue text(const std::string &value) { return RhValue{RH_STRING, {.string = value.c_str()}, 0}; }
+RhValue tensor(const rh::Tensor &value) { return RhValue{RH_TENSOR, {.tensor = value.get()}, 0}; }
+
+// Calls `name` with `leading` followed by the options in their fixed order.
+WriteResult call(const char *name, std::vector<RhValue> leading, const WriteOptions &o, mint argc) {
+    const rh::Tensor durations = newTensor(o.durations), background = newTensor(o.background),
+                     transparency = newTensor(o.transparency), disposals = newTensor(o.disposals);
+    std::vector<RhValue> args = std::move(leading);
+    args.insert(args.end(),
+                {text(o.file), text(o.comments), tensor(durations), text(o.dither),
+                 RhValue{RH_INTEGER, {.integer = o.loops}, 0},
+                 RhValue{RH_BOOLEAN, {.boolean = o.interlace}, 0}, tensor(background),
+                 tensor(transparency), tensor(disposals)});
+    args.resize(static_cast<std::size_t>(std::max<mint>(argc, 0)), RhValue{RH_INTEGER, {}, 0});
+    RhValue result{RH_STRING, {}, 0};
+    WriteResult answer;
+    answer.code = rh_call(tarvex_test::plugin(), name, argc, args.data(), &result);
+    answer.written = result.written != 0;
+    if (answer.written && result.value.string != nullptr) answer.fileName = result.value.string;
+    return answer;
+}
+
+std::vector<Rgb> colorsOf(const ColorMapObject *map) {
+    std::vector<Rgb> colors;
+    if (map == nullptr) return colors;
+    for (int i = 0; i < map->ColorCount; ++i)
+        colors.push_back({map->Colors[i].Red, map->Colors[i].Green, map->Colors[i].Blue});
+    return colors;
+}
+
+void readExtensions(const ExtensionBlock *blocks, int count, DecodedGif &gif) {
+    for (int i = 0; i < count; ++i) {
+        const ExtensionBlock &block = blocks[i];
+        const auto *bytes = reinterpret_cast<const char *>(block.Bytes);
+        if (block.Function == COMMENT_EXT_FUNC_CODE) {
+            gif.comments.emplace_back(bytes, static_cast<std::size_t>(block.ByteCount));
+            for (; i + 1 < count && blocks[i + 1].Function == CONTINUE_EXT_FUNC_CODE; ++i)
+                gif.comments.back().append(reinterpret_cast<const char *>(blocks[i + 1].Bytes),
+                                           static_cast<std::size_t>(blocks[i + 1].ByteCount));
+        } else if (block.Function == APPLICATION_EXT_FUNC_CODE &&
+                   std::string(bytes, static_cast<std::size_t>(block.ByteCount)) == "NETSCAPE2.0") {
+            std::vector<std::uint8_t> data;
+            for (; i + 1 < count && blocks[i + 1].Function == CONTINUE_EXT_FUNC_CODE; ++i)
+                data.insert(data.end(), blocks[i + 1].Bytes,
+                            blocks[i + 1].Bytes + blocks[i + 1].ByteCount);
+            gif.loopBlocks.push_back(data);
+        }
+    }
+}
+
+}  // namespace
+
+TensorSpec ints(std::vector<double> values, std::vector<mint> dimensions) {
+    return {MTensor_Type_Integer, std::move(values), std::move(dimensions)};
+}
+
+TensorSpec reals(std::vector<double> values, std::vector<mint> dimensions) {
+    return {MTensor_Type_Real, std::move(values), std::move(dimensions)};
+}
+
+WriteResult writeFrames(MImage frames, const WriteOptions &options, mint argc) {
+    return call("WriteFrames", {RhValue{RH_IMAGE, {.image = frames}, 0}}, options, argc);
+}
+
+WriteResult writeColormaps(MRawArray maps, MRawArray indices, const WriteOptions &options,
+                           mint argc) {
+    return call("WriteColormaps",
+                {RhValue{RH_RAW_ARRAY, {.rawArray = maps}, 0},
+                 RhValue{RH_RAW_ARRAY, {.rawArray = indices}, 0}},
+                options, argc);
+}
+
+rh::Image byteImage(mint slices, mint width, mint height, mint channels,
+                    const std::vector<std::uint8_t> &samples, MImage_CS_Type colorSpace) {
+    if (colorSpace == MImage_CS_Automatic) colorSpace = channels == 1 ? MImage_CS_Gray : MImage_CS_RGB;
+    MImage image = nullptr;
+    EXPECT_EQ(rh_image_new(slices, width, height, channels, MImage_Type_Bit8, colorSpace, 1, 0, &image),
+              0);
+    if (image != nullptr && !samples.empty())
+        std::memcpy(host()->imageFunctions->getRawData(image), samples.data(), samples.size());
+    return rh::Image(image);
+}
+
+rh::RawArray byteArray(const std::vector<mint> &dimensions, const std::vector<std::uint8_t> &bytes) {
+    MRawArray array = nullptr;
+    EXPECT_EQ(host()->rawArrayFunctions->create(MRawArray_Type_UBit8,
+                                                static_cast<mint>(dimensions.size()),
+                                                dimensions.data(), &array),
+              0);
+    if (array != nullptr && !bytes.empty())
+        std::memcpy(host()->rawArrayFunctions->getData(array), bytes.data(), bytes.size());
+    return rh::RawArray(array);
+}
+
+std::vector<std::uint8_t> colorBytes(const std::vector<Rgb> &colors) {
+    std::vector<std::uint8_t> bytes;
+    for (const Rgb &c : colors) bytes.insert(bytes.end(), {c.r, c.g, c.b});
+    return bytes;
+}
+
+std::string outputPath(const std::string &name) {
+    const std::string path = gif_test::scratchPath(name);
+    std::filesystem::remove(path);
+    return path;
+}
+
+bool fileExists(const std::string &path) { return std::filesystem::exists(path); }
+
+std::vector<std::uint8_t> fileBytes(const std::string &path) {
+    std::ifstream in(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
+}
+
+// 64-bit FNV-1a.
+std::uint64_t checksum(const std::vector<std::uint8_t> &bytes) {
+    std::uint64_t hash = 0xcbf29ce484222325ULL;
+    for (std::uint8_t b : bytes) hash = (hash ^ b) * 0x100000001b3ULL;
+    return hash;
+}
+
+Rgb DecodedGif::color(std::size_t k, std::size_t i) const {
+    const std::vector<Rgb> &map = images[k].localMap.empty() ? globalMap : images[k].localMap;
+    return map.at(images[k].indices.at(i));
+}
+
+DecodedGif decodeGif(const std::string &path) {
+    DecodedGif result;
+    const std::vector<std::uint8_t> bytes = fileBytes(path);
+    result.version.assign(bytes.begin(), bytes.begin() + std::min<std::size_t>(6, bytes.size()));
+    int error = 0;
+    GifFileType *gif = DGifOpenFileName(path.c_str(), &error);
+    if (gif == nullptr) {
+        ADD_FAILURE() << "giflib cannot open " << path << ": " << GifErrorString(error);
+        return result;
+    }
+    if (DGifSlurp(gif) != GIF_OK) ADD_FAILURE() << "giflib cannot decode " << path;
+    result.width = gif->SWidth;
+    result.height = gif->SHeight;
+    result.background = gif->SBackGroundColor;
+    result.globalMap = colorsOf(gif->SColorMap);
+    for (int k = 0; k < gif->ImageCount; ++k) {
+        const SavedImage &saved = gif->SavedImages[k];
+        readExtensions(saved.ExtensionBlocks, saved.ExtensionBlockCount, result);
+        DecodedImage image;
+        image.width = saved.ImageDesc.Width;
+        image.height = saved.ImageDesc.Height;
+        image.interlaced = saved.ImageDesc.Interlace;
+        image.localMap = colorsOf(saved.ImageDesc.ColorMap);
+        image.indices.assign(saved.RasterBits,
+                             saved.RasterBits + std::size_t(image.width) * image.height);
+        GraphicsControlBlock control;
+        if (DGifSavedExtensionToGCB(gif, k, &control) == GIF_OK) image.control = control;
+        result.images.push_back(std::move(image));
+    }
+    readExtensions(gif->ExtensionBlocks, gif->ExtensionBlockCount, result);
+    DGifCloseFile(gif, &error);
+    return result;
+}
+
+std::vector<std::uint8_t> randomBytes(std::size_t count, std::uint64_t seed, int bound) {
+    std::vector<std::uint8_t> bytes(count);
+    std::uint64_t state = seed;
+    for (std::uint8_t &b : bytes) {
+        state = state * 6364136223846793005ULL + 1442695040888963407ULL;
+        b = static_cast<std::uint8_t>((state >> 33) % static_cast<std::uint64_t>(bound));
+    }
+    return bytes;
+}
+
+// Gradients that drift from slice to slice with a little noise: many colours
+// with smooth regions, like a photograph.
+std::vector<std::uint8_t> photoLike(int width, int height, int slices, std::uint64_t seed) {
+    const std::vector<std::uint8_t> noise =
+        randomBytes(std::size_t(width) * height * 3 * slices, seed, 24);
+    std::vector<std::uint8_t> samples(noise.size());
+    std::size_t i = 0;
+    for (int s = 0; s < slices; ++s)
+        for (int y = 0; y < height; ++y)
+            for (int x = 0; x < width; ++x, i += 3) {
+                samples[i] = static_cast<std::uint8_t>((x * 200 / width + 9 * s) % 232 + noise[i]);
+                samples[i + 1] = static_cast<std::uint8_t>(y * 230 / height + noise[i + 1]);
+                samples[i + 2] = static_cast<std::uint8_t>(((x + y) * 115 / (width + height) + 60) + noise[i + 2]);
+            }
+    return samples;
+}
+
+}  // namespace export_test
