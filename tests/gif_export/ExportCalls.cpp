@@ -15,7 +15,9 @@ rh::Tensor newTensor(const TensorSpec &spec) {
     if (dims.empty()) dims.push_back(static_cast<mint>(spec.values.size()));
     MTensor tensor = nullptr;
     EXPECT_EQ(host()->tensorNew(spec.type, static_cast<mint>(dims.size()), dims.data(), &tensor), 0);
-    for (std::size_t i = 0; i < spec.values.size(); ++i) {
+    const auto length = static_cast<std::size_t>(host()->tensorGetFlattenedLength(tensor));
+    EXPECT_EQ(spec.values.size(), length) << "values for a tensor of another size";
+    for (std::size_t i = 0; i < std::min(spec.values.size(), length); ++i) {
         if (spec.type == MTensor_Type_Integer)
             host()->tensorGetIntegerData(tensor)[i] = static_cast<mint>(spec.values[i]);
         else
