@@ -180,3 +180,25 @@ TEST(ArgumentCount, AWrongCountTouchesNoFile) {
 
 }  // namespace
 }  // namespace export_test
+
+namespace export_test {
+namespace {
+
+// A device that takes no bytes makes giflib's writes fail: -9, whether the
+// failure comes while writing (a large file) or only when the last bytes are
+// flushed (a small one).
+TEST(WriteFailure, ADeviceWithoutRoomGivesMinusNine) {
+    if (!fileExists("/dev/full")) GTEST_SKIP() << "no /dev/full on this system";
+    tarvex_test::HostBooksGuard guard;
+    for (mint side : {2, 300}) {
+        const rh::Image image = byteImage(1, side, side, 3, photoLike(int(side), int(side), 1, 3));
+        WriteOptions options;
+        options.file = "/dev/full";
+        const WriteResult result = writeFrames(image.get(), options);
+        EXPECT_EQ(result.code, -9) << side;
+        EXPECT_FALSE(result.written);
+    }
+}
+
+}  // namespace
+}  // namespace export_test
