@@ -11,6 +11,7 @@
 
 #include "Plugin.h"
 #include "RawGif.h"
+#include "TestPictures.h"
 #include "refhost/refhost.hpp"
 
 namespace export_test {
@@ -87,9 +88,5 @@ struct DecodedGif {
 
 // Decodes with giflib's own reader; fails the test when giflib cannot.
 DecodedGif decodeGif(const std::string &path);
-
-// Deterministic pseudo-random bytes and a smooth, noisy picture.
-std::vector<std::uint8_t> randomBytes(std::size_t count, std::uint64_t seed, int bound = 256);
-std::vector<std::uint8_t> photoLike(int width, int height, int slices, std::uint64_t seed);
 
 }  // namespace export_test
