@@ -11,7 +11,7 @@ namespace {
 constexpr std::uint32_t kNever = std::numeric_limits<std::uint32_t>::max();
 constexpr std::uint32_t kNoColor = kNever;
 
-std::uint32_t memoSlot(std::uint32_t color) { return (color * 0x9E3779B1u) >> 16; }
+std::uint32_t memoSlot(std::uint32_t color) { return (color * 0x9E3779B1u) >> 14; }
 
 }  // namespace
 
@@ -187,6 +187,7 @@ void ExportOctree::numberColors(std::uint32_t index) {
     rangeEnd_[index] = static_cast<std::uint16_t>(std::min<std::size_t>(red_.size(), 0xFFFF));
 }
 
+// Distances first, then the first smallest: both loops vectorise.
 std::uint32_t ExportOctree::nearest(const int *rgb) const {
     std::uint32_t node = kRoot;
     for (int level = 1; level <= depth_; ++level) {
@@ -196,13 +197,20 @@ std::uint32_t ExportOctree::nearest(const int *rgb) const {
         node = here.children[id];
     }
     const std::uint32_t parent = nodes_[node].parent;
-    std::uint32_t best = 0, bestDistance = kNever;
-    for (std::uint32_t i = rangeBegin_[parent]; i < rangeEnd_[parent]; ++i) {
-        const int dr = red_[i] - rgb[0], dg = green_[i] - rgb[1], db = blue_[i] - rgb[2];
-        const auto distance = static_cast<std::uint32_t>(dr * dr + dg * dg + db * db);
-        if (distance < bestDistance) bestDistance = distance, best = i;
+    // A reduced palette has at most 256 colours; a larger one never reaches a map.
+    const std::uint32_t begin = rangeBegin_[parent];
+    const std::uint32_t count = std::min<std::uint32_t>(rangeEnd_[parent] - begin, 256);
+    const int *red = red_.data() + begin, *green = green_.data() + begin, *blue = blue_.data() + begin;
+    std::array<int, 256> distance;
+    int smallest = std::numeric_limits<int>::max();
+    for (std::uint32_t i = 0; i < count; ++i) {
+        const int dr = red[i] - rgb[0], dg = green[i] - rgb[1], db = blue[i] - rgb[2];
+        distance[i] = dr * dr + dg * dg + db * db;
+        smallest = std::min(smallest, distance[i]);
     }
-    return best;
+    std::uint32_t first = 0;
+    while (first < count && distance[first] != smallest) ++first;
+    return begin + first;
 }
 
 }  // namespace GifExport

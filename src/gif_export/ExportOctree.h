@@ -75,7 +75,7 @@ private:
     std::uint32_t nodeCount_ = 0;
     std::uint32_t colorCount_ = 0;
     // The node each recently seen colour ended in, while the tree is not pruned.
-    static constexpr std::uint32_t kMemoSlots = 1u << 16;
+    static constexpr std::uint32_t kMemoSlots = 1u << 18;
     std::vector<std::uint32_t> memoColor_, memoNode_;
     // Palette numbers of each node's subtree: post-order makes them a range.
     std::vector<std::uint16_t> rangeBegin_, rangeEnd_;
