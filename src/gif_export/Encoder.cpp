@@ -9,10 +9,8 @@
 #include "gif_export/ExportError.h"
 #include "gif_export/InterlaceOrder.h"
 #include "host/ListSeparator.h"
+#include "host/Utf8Path.h"
 
-#ifdef _WIN32
-#include <utf8.h>
-#endif
 
 namespace GifExport {
 namespace {
@@ -24,18 +22,6 @@ constexpr GifColorType kBlack{0, 0, 0};
 int writeToStream(GifFileType *gif, const GifByteType *bytes, int length) {
     return static_cast<int>(
         std::fwrite(bytes, 1, static_cast<std::size_t>(length), static_cast<std::FILE *>(gif->UserData)));
-}
-
-// The kernel's names are UTF-8; only the wide open reaches every name on
-// Windows, while elsewhere the bytes are the path.
-std::FILE *openForWriting(const std::string &fileName) {
-#ifdef _WIN32
-    std::wstring wide;
-    utf8::utf8to16(fileName.begin(), fileName.end(), std::back_inserter(wide));
-    return _wfopen(wide.c_str(), L"wb");
-#else
-    return std::fopen(fileName.c_str(), "wb");
-#endif
 }
 
 void check(int giflibResult, const std::string &failure) {
@@ -58,7 +44,7 @@ void Encoder::setSize(std::uint32_t frames, std::uint32_t height, std::uint32_t 
 }
 
 void Encoder::open(const std::string &fileName) {
-    stream_.reset(openForWriting(fileName));
+    stream_.reset(OstrelUtils::openUtf8Path(fileName, "wb"));
     if (!stream_) throw std::runtime_error("Cannot open file for encoder");
 }
 
