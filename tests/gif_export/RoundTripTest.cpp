@@ -149,6 +149,35 @@ TEST(RoundTrip, GreyFramesComeBackWithTheirTransparency) {
     }
 }
 
+// Index frames with a map each, and grey frames, read the same everywhere.
+TEST(RoundTrip, IndexAndGreyFramesComeBackExactly) {
+    HostBooksGuard guard;
+    const std::string indexed = outputPath("indexed.gif");
+    WriteOptions options;
+    options.file = indexed;
+    const rh::RawArray maps = byteArray({2, 4, 3}, {0, 0, 0, 255, 0, 0, 0, 255, 0, 0, 0, 255,
+                                                    9, 9, 9, 80, 80, 80, 160, 160, 160, 250, 250, 250});
+    const std::vector<std::uint8_t> indices = randomBytes(2 * 5 * 7, 12, 4);
+    const rh::RawArray raw = byteArray({2, 5, 7}, indices);
+    ASSERT_EQ(writeColormaps(maps.get(), raw.get(), options).code, 0);
+    std::vector<std::uint8_t> expected;
+    for (std::size_t i = 0; i < indices.size(); ++i) {
+        const std::size_t entry = (i / 35) * 12 + indices[i] * 3u;
+        const auto *colors = static_cast<const std::uint8_t *>(
+            rh_library_data(RH_TABLE_FULL)->rawArrayFunctions->getData(maps.get()));
+        expected.insert(expected.end(), colors + entry, colors + entry + 3);
+    }
+    expectEveryDecoderAgrees(indexed, expected);
+
+    const std::vector<std::uint8_t> levels = randomBytes(3 * 6 * 4, 13);
+    options.file = outputPath("grey-exact.gif");
+    const rh::Image grey = byteImage(3, 6, 4, 1, levels);
+    ASSERT_EQ(writeFrames(grey.get(), options).code, 0);
+    std::vector<std::uint8_t> rgb;
+    for (std::uint8_t v : levels) rgb.insert(rgb.end(), {v, v, v});
+    expectEveryDecoderAgrees(options.file, rgb);
+}
+
 // The plug-in's own import reads what the export wrote.
 TEST(RoundTrip, ImportReportsTheWrittenMetadata) {
     HostBooksGuard guard;
