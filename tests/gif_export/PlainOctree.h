@@ -18,22 +18,13 @@ class PlainOctree {
 public:
     using Limits = GifExport::ExportOctree::Limits;
 
+    // What reduceColorsWith asks of a tree, nothing more.
     explicit PlainOctree(const Limits &limits);
-    PlainOctree(const PlainOctree &) = delete;
-    PlainOctree &operator=(const PlainOctree &) = delete;
     ~PlainOctree();
-
     void classify(const std::uint8_t *rgb);
     void reduce(std::uint32_t maxColors);
-    // Numbers the colour nodes in post-order and returns their colours.
     std::vector<GifColorType> buildPalette();
-    // Palette number of the colour nearest to `rgb` within the neighbourhood
-    // of the cube that holds it.
     std::uint32_t nearest(const int *rgb) const;
-
-    std::uint32_t colorCount() const noexcept { return colorCount_; }
-    std::uint32_t nodeCount() const noexcept { return nodeCount_; }
-    int depth() const noexcept { return depth_; }
 
 private:
     struct Node;
