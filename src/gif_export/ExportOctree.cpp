@@ -18,8 +18,7 @@ std::uint32_t memoSlot(std::uint32_t color) { return (color * 0x9E3779B1u) >> 14
 ExportOctree::ExportOctree(const Limits &limits)
     : maxNodes_(limits.maxNodes),
       depth_(std::clamp(limits.depth, 2, 8)),
-      memoColor_(kMemoSlots, kNoColor),
-      memoNode_(kMemoSlots, kRoot) {
+      memo_(kMemoSlots, MemoSlot{kNoColor, kRoot}) {
     nodes_.reserve(std::max<std::uint32_t>(limits.nodesPerBlock, 64));
     newNode(kRoot, 0);
     nodes_[kRoot].mid = {128, 128, 128};
@@ -56,16 +55,13 @@ void ExportOctree::classify(const std::uint8_t *pixel) {
     if (nodeCount_ > maxNodes_) {
         pruneLevel(kRoot);
         --depth_;
-        std::fill(memoColor_.begin(), memoColor_.end(), kNoColor);
+        for (MemoSlot &slot : memo_) slot.color = kNoColor;
     }
     const int rgb[3] = {pixel[0], pixel[1], pixel[2]};
     const std::uint32_t color = std::uint32_t(rgb[0]) << 16 | std::uint32_t(rgb[1]) << 8 | std::uint32_t(rgb[2]);
-    const std::uint32_t slot = memoSlot(color);
-    if (memoColor_[slot] != color) {
-        memoColor_[slot] = color;
-        memoNode_[slot] = leafOf(rgb);
-    }
-    Node &leaf = nodes_[memoNode_[slot]];
+    MemoSlot &slot = memo_[memoSlot(color)];
+    if (slot.color != color) slot = {color, leafOf(rgb)};
+    Node &leaf = nodes_[slot.node];
     ++leaf.uniqueCount;
     for (int c = 0; c < 3; ++c) leaf.total[c] += static_cast<std::uint32_t>(rgb[c]);
 }

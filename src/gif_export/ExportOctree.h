@@ -75,8 +75,12 @@ private:
     std::uint32_t nodeCount_ = 0;
     std::uint32_t colorCount_ = 0;
     // The node each recently seen colour ended in, while the tree is not pruned.
+    struct MemoSlot {
+        std::uint32_t color;
+        std::uint32_t node;
+    };
     static constexpr std::uint32_t kMemoSlots = 1u << 18;
-    std::vector<std::uint32_t> memoColor_, memoNode_;
+    std::vector<MemoSlot> memo_;
     // Palette numbers of each node's subtree: post-order makes them a range.
     std::vector<std::uint16_t> rangeBegin_, rangeEnd_;
     std::vector<int> red_, green_, blue_;
