@@ -10,18 +10,18 @@ namespace {
 
 QuorbelLibraryData host() { return rh_library_data(RH_TABLE_FULL); }
 
-rh::Tensor newTensor(const TensorSpec &spec) {
-    std::vector<mint> dims = spec.dimensions;
-    if (dims.empty()) dims.push_back(static_cast<mint>(spec.values.size()));
+rh::Tensor newTensor(const TensorArgument &argument) {
+    std::vector<mint> dims = argument.dimensions;
+    if (dims.empty()) dims.push_back(static_cast<mint>(argument.values.size()));
     MTensor tensor = nullptr;
-    EXPECT_EQ(host()->tensorNew(spec.type, static_cast<mint>(dims.size()), dims.data(), &tensor), 0);
+    EXPECT_EQ(host()->tensorNew(argument.type, static_cast<mint>(dims.size()), dims.data(), &tensor), 0);
     const auto length = static_cast<std::size_t>(host()->tensorGetFlattenedLength(tensor));
-    EXPECT_EQ(spec.values.size(), length) << "values for a tensor of another size";
-    for (std::size_t i = 0; i < std::min(spec.values.size(), length); ++i) {
-        if (spec.type == MTensor_Type_Integer)
-            host()->tensorGetIntegerData(tensor)[i] = static_cast<mint>(spec.values[i]);
+    EXPECT_EQ(argument.values.size(), length) << "values for a tensor of another size";
+    for (std::size_t i = 0; i < std::min(argument.values.size(), length); ++i) {
+        if (argument.type == MTensor_Type_Integer)
+            host()->tensorGetIntegerData(tensor)[i] = static_cast<mint>(argument.values[i]);
         else
-            host()->tensorGetRealData(tensor)[i] = spec.values[i];
+            host()->tensorGetRealData(tensor)[i] = argument.values[i];
     }
     return rh::Tensor(tensor);
 }
@@ -78,11 +78,11 @@ void readExtensions(const ExtensionBlock *blocks, int count, DecodedGif &gif) {
 
 }  // namespace
 
-TensorSpec ints(std::vector<double> values, std::vector<mint> dimensions) {
+TensorArgument ints(std::vector<double> values, std::vector<mint> dimensions) {
     return {MTensor_Type_Integer, std::move(values), std::move(dimensions)};
 }
 
-TensorSpec reals(std::vector<double> values, std::vector<mint> dimensions) {
+TensorArgument reals(std::vector<double> values, std::vector<mint> dimensions) {
     return {MTensor_Type_Real, std::move(values), std::move(dimensions)};
 }
 

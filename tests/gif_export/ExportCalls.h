@@ -22,25 +22,25 @@ struct Rgb {
 };
 
 // A tensor argument: integers or reals, rank 1 unless dimensions are given.
-struct TensorSpec {
+struct TensorArgument {
     MTensor_Data_Type type = MTensor_Type_Integer;
     std::vector<double> values;
     std::vector<mint> dimensions;  // empty: one dimension of values.size()
 };
-TensorSpec ints(std::vector<double> values, std::vector<mint> dimensions = {});
-TensorSpec reals(std::vector<double> values, std::vector<mint> dimensions = {});
+TensorArgument ints(std::vector<double> values, std::vector<mint> dimensions = {});
+TensorArgument reals(std::vector<double> values, std::vector<mint> dimensions = {});
 
 // Every argument after the pixels, with defaults that pass every check.
 struct WriteOptions {
     std::string file;
     std::string comments;
-    TensorSpec durations = reals({0.1});
+    TensorArgument durations = reals({0.1});
     std::string dither = "None";
     mint loops = 0;
     bool interlace = false;
-    TensorSpec background = ints({});
-    TensorSpec transparency = ints({});
-    TensorSpec disposals = ints({0});
+    TensorArgument background = ints({});
+    TensorArgument transparency = ints({});
+    TensorArgument disposals = ints({0});
 };
 
 struct WriteResult {

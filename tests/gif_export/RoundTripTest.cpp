@@ -123,7 +123,7 @@ TEST(RoundTrip, GreyFramesComeBackWithTheirTransparency) {
     HostBooksGuard guard;
     const std::vector<std::uint8_t> levels{0, 50, 100, 150, 50, 50, 200, 0, 100, 100, 100, 255};
     struct Case {
-        TensorSpec transparency;
+        TensorArgument transparency;
         std::vector<int> indices;  // per frame
     };
     // Used levels 0 50 100 150 200 255 are map entries 0..5.
