@@ -2,7 +2,10 @@
 # Runs every benchmark of a Release build, one core, with repeatable settings,
 # then the comparisons with peers that need files built for them.
 set -euo pipefail
+root=$(cd "$(dirname "$0")/.." && pwd)
 build=${1:-build/release}
+# The export benchmark cuts its frames from a photograph that scikit-image ships.
+"$root/scripts/ensure-packages.sh" python3-skimage
 for program in "$build"/bench/*_benchmark; do
   [ -x "$program" ] || continue
   # Its file is built by its comparison script below.
@@ -16,3 +19,6 @@ printf '\n== compare_import.sh\n'
 # DitherImage beside Pillow on photographs, with ratios.
 printf '\n== compare_dither\n'
 "$(dirname "$0")/../bench/compare_dither.sh" "$build"
+
+printf '\n== GIF export beside its peers\n'
+"$root/bench/compare_gif_export.sh" "$build"

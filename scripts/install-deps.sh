@@ -7,6 +7,7 @@ packages=(
   build-essential cmake pkg-config
   libgif-dev libutfcpp-dev libspng-dev
   libgtest-dev libgmock-dev libbenchmark-dev
+  python3-pil
 )
 
 missing=()

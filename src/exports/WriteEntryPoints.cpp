@@ -1,4 +1,4 @@
-#include "gif_export/ExportCatchTable.h"
+#include "exports/ExportCatchTable.h"
 #include "gif_export/WriteWorkers.h"
 #include "host/CallFrame.h"
 

@@ -36,6 +36,8 @@ public:
     const std::string &getString(unsigned index);
     MTensor getTensor(unsigned index) const;
     MImage_Data_Type getImageDataType(unsigned index) const;
+    // The kernel's handle itself, for workers that check its facts in their own order.
+    MImage getImageHandle(unsigned index) const { return MArgument_getMImage(argument(index)); }
 
     template <typename T>
     Image<T> getImage(unsigned index) const {

@@ -1,0 +1,128 @@
+// `tarvex gif`: frames from PNG and GIF files into one GIF file.
+#include <gif_lib.h>
+
+#include <cstring>
+#include <set>
+
+#include "HostTable.h"
+#include "ImageFiles.h"
+#include "PluginDiscovery.h"
+#include "Support.h"
+#include "refhost/refhost.hpp"
+
+using namespace tarvex_cli;
+
+namespace {
+
+class GifCommandTest : public ScratchTest {
+protected:
+    void SetUp() override {
+        ScratchTest::SetUp();
+        setPluginPath(TARVEX_PLUGIN_PATH);
+    }
+
+    static int run(std::vector<std::string> args) {
+        for (const Command &command : commands())
+            if (std::string(command.name) == "gif") return command.run(args);
+        ADD_FAILURE() << "no gif command";
+        return -1;
+    }
+
+    // A PNG of `channels` 8-bit channels whose pixel i is `value(i, channel)`.
+    std::string png(const std::string &name, mint width, mint height, mint channels, int seed) const {
+        MImage image = nullptr;
+        EXPECT_EQ(rh_image_new(0, width, height, channels, MImage_Type_Bit8,
+                               channels == 1 ? MImage_CS_Gray : MImage_CS_RGB, true, false, &image),
+                  0);
+        const rh::Image owned(image);
+        auto *samples = static_cast<std::uint8_t *>(hostTable()->imageFunctions->getRawData(image));
+        for (mint i = 0; i < width * height * channels; ++i)
+            samples[i] = static_cast<std::uint8_t>((i * 37 + seed * 101) % 7 * 40);
+        writePng(image, 0, path(name));
+        return path(name);
+    }
+};
+
+struct Decoded {
+    int frames = 0, width = 0, height = 0;
+    std::vector<int> delays;
+    std::set<std::uint32_t> colors;  // of every pixel of every frame
+    std::vector<std::uint32_t> globalMap;
+};
+
+Decoded decode(const std::string &file) {
+    Decoded result;
+    int error = 0;
+    GifFileType *gif = DGifOpenFileName(file.c_str(), &error);
+    if (gif == nullptr || DGifSlurp(gif) != GIF_OK) {
+        ADD_FAILURE() << "giflib cannot read " << file;
+        return result;
+    }
+    const auto packed = [](const GifColorType &c) {
+        return std::uint32_t(c.Red) << 16 | std::uint32_t(c.Green) << 8 | c.Blue;
+    };
+    result.frames = gif->ImageCount, result.width = gif->SWidth, result.height = gif->SHeight;
+    for (int i = 0; gif->SColorMap && i < gif->SColorMap->ColorCount; ++i)
+        result.globalMap.push_back(packed(gif->SColorMap->Colors[i]));
+    for (int k = 0; k < gif->ImageCount; ++k) {
+        const SavedImage &image = gif->SavedImages[k];
+        const ColorMapObject *map = image.ImageDesc.ColorMap ? image.ImageDesc.ColorMap : gif->SColorMap;
+        for (int i = 0; i < image.ImageDesc.Width * image.ImageDesc.Height; ++i)
+            result.colors.insert(packed(map->Colors[image.RasterBits[i]]));
+        GraphicsControlBlock control;
+        DGifSavedExtensionToGCB(gif, k, &control);
+        result.delays.push_back(control.DelayTime);
+    }
+    DGifCloseFile(gif, &error);
+    return result;
+}
+
+TEST_F(GifCommandTest, WritesPngAndGifFramesInOrder) {
+    const std::string first = png("a.png", 6, 4, 3, 1), grey = png("g.png", 6, 4, 1, 2);
+    ASSERT_EQ(run({"-o", path("two.gif"), first, grey, "--delay", "0.5,0.25", "--loop", "2"}), 0);
+    const Decoded two = decode(path("two.gif"));
+    EXPECT_EQ(two.frames, 2);
+    EXPECT_EQ(two.width, 6);
+    EXPECT_EQ(two.delays, (std::vector<int>{50, 25}));
+    // Few colours: the frames come back exactly, and again when re-encoded.
+    ASSERT_EQ(run({"-o", path("again.gif"), path("two.gif"), first, "--dither", "none"}), 0);
+    const Decoded again = decode(path("again.gif"));
+    EXPECT_EQ(again.frames, 3);
+    EXPECT_EQ(again.colors, two.colors);
+    EXPECT_EQ(again.delays, (std::vector<int>{10, 10, 10}));
+}
+
+TEST_F(GifCommandTest, WritesIndicesAgainstTheGivenPalette) {
+    const std::string frame = png("a.png", 8, 8, 3, 3);
+    ASSERT_EQ(run({"-o", path("pal.gif"), frame, "--palette", "#000000,#ffffff,#ff0000"}), 0);
+    const Decoded written = decode(path("pal.gif"));
+    EXPECT_EQ(written.frames, 1);
+    EXPECT_EQ(written.globalMap, (std::vector<std::uint32_t>{0, 0xFFFFFF, 0xFF0000, 0}));
+    for (std::uint32_t c : written.colors) EXPECT_TRUE(c == 0 || c == 0xFFFFFF || c == 0xFF0000) << c;
+}
+
+TEST_F(GifCommandTest, RefusesWithAClearMessage) {
+    const std::string a = png("a.png", 6, 4, 3, 1), b = png("b.png", 4, 6, 3, 1);
+    struct Case {
+        std::vector<std::string> args;
+        int status;
+        const char *message;
+    };
+    const Case cases[] = {
+        {{"-o", path("x.gif"), a, b}, 1, "every frame must have one size"},
+        {{"-o", path("x.gif"), a, "--delay", "1,2"}, 2, "give one or one per frame"},
+        {{"-o", path("x.gif"), a, "--dither", "fs"}, 2, "none or floyd-steinberg"},
+        {{"-o", path("x.gif"), a, "--loop", "70000"}, 2, "from 0 to 65535"},
+        {{"-o", path("x.gif"), a, "--disposal", "4"}, 2, "modes 0 to 3"},
+        {{"-o", path("x.gif"), a, "--transparent", "#010203"}, 1, "not in the palette"},
+        {{a}, 2, "-o"},
+        {{"-o", path("x.gif")}, 2, "at least one input"},
+        {{"-o", path("no-such-dir/x.gif"), a}, 1, "cannot write"},
+    };
+    for (const Case &c : cases) {
+        const std::string message = cliFailure([&] { run(c.args); }, c.status);
+        EXPECT_NE(message.find(c.message), std::string::npos) << message;
+    }
+}
+
+}  // namespace

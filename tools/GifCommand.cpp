@@ -1,0 +1,313 @@
+#include <chrono>
+#include <cmath>
+#include <cstdio>
+#include <cstring>
+#include <filesystem>
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "Command.h"
+#include "DitherPalette.h"
+#include "Escapes.h"
+#include "GifFrameInputs.h"
+#include "HostTable.h"
+#include "refhost/refhost.hpp"
+
+namespace tarvex_cli {
+namespace {
+
+const char kGifHelp[] = R"(usage: tarvex gif -o OUT.gif IN... [options]
+
+Writes an animated (or still) GIF file from frames (WriteFrames): PNG
+pictures, grey or RGB, one frame each, and GIF files, whose composited frames
+are taken in order. Every frame must have the same size. RGB frames are
+reduced to 256 colours each; grey frames share one map of their levels.
+
+  -o OUT.gif             the file to write
+  --delay S[,S...]       seconds each frame shows: one for all, or one per
+                         frame (default 0.1)
+  --loop N               plays of the animation, 0 for forever (default 0)
+  --dither none|floyd-steinberg
+                         how RGB frames meet their palette (default
+                         floyd-steinberg)
+  --interlace            store the rows interlaced
+  --comment TEXT         a comment block; may be given more than once
+  --background COLOR     the screen's background colour
+  --transparent COLOR    the colour shown as transparent, in every frame
+  --disposal D[,D...]    0 unspecified, 1 leave, 2 restore to background,
+                         3 restore to previous: one for all, or one per frame
+  --palette P            write indices against this colour map instead
+                         (WriteColormaps): each frame is first mapped to it
+                         with DitherImage. P is a list of colours
+                         ("#ff0000,#00ff00" or "255,0,0;0,255,0"), a text file
+                         of colours or a PNG file; at most 256 colours.
+
+A COLOR is "#rrggbb", "r,g,b" or one grey level. A one-line summary goes to
+standard output; long inputs show their progress on standard error.
+)";
+
+struct GifOptions {
+    std::string output;
+    std::vector<std::string> inputs;
+    std::vector<double> delays{0.1};
+    long loops = 0;
+    std::string dither = "FloydSteinberg";
+    bool interlace = false;
+    std::vector<std::string> comments;
+    std::vector<double> background;
+    std::vector<double> transparent;
+    std::vector<double> disposals{0};
+    std::string palette;
+};
+
+[[noreturn]] void badValue(const std::string &option, const std::string &value, const char *wanted) {
+    throw usageError("gif: " + option + " needs " + wanted + ", not '" + value + "'");
+}
+
+double number(const std::string &option, const std::string &text, const char *wanted) {
+    try {
+        std::size_t used = 0;
+        const double value = std::stod(text, &used);
+        if (used == text.size() && std::isfinite(value)) return value;
+    } catch (const std::exception &) {
+    }
+    badValue(option, text, wanted);
+}
+
+std::vector<double> numberList(const std::string &option, const std::string &text, const char *wanted) {
+    std::vector<double> values;
+    std::size_t start = 0;
+    for (std::size_t end; (end = text.find(',', start)) != std::string::npos; start = end + 1)
+        values.push_back(number(option, text.substr(start, end - start), wanted));
+    values.push_back(number(option, text.substr(start), wanted));
+    return values;
+}
+
+long wholeNumber(const std::string &option, const std::string &text, long low, long high) {
+    const double value = number(option, text, "a whole number");
+    if (value != std::floor(value) || value < double(low) || value > double(high))
+        badValue(option, text, ("a whole number from " + std::to_string(low) + " to " + std::to_string(high)).c_str());
+    return static_cast<long>(value);
+}
+
+// One colour as 8-bit samples: three channels, or one grey level.
+std::vector<double> colorOption(const std::string &option, const std::string &text) {
+    std::vector<DitherColor> colors;
+    try {
+        colors = parseDitherColors(text);
+    } catch (const std::invalid_argument &) {
+    }
+    if (colors.size() != 1 || (colors[0].values.size() != 1 && colors[0].values.size() != 3))
+        badValue(option, text, "one colour, #rrggbb, r,g,b or a grey level");
+    std::vector<double> samples;
+    for (double v : colors[0].values) {
+        const double sample = colors[0].fullScale > 0 ? std::round(v * 255 / colors[0].fullScale) : v;
+        if (sample < 0 || sample > 255 || sample != std::floor(sample))
+            badValue(option, text, "channel values from 0 to 255");
+        samples.push_back(sample);
+    }
+    return samples;
+}
+
+std::string ditherMethod(const std::string &text) {
+    if (text == "none") return "None";
+    if (text == "floyd-steinberg") return "FloydSteinberg";
+    badValue("--dither", text, "none or floyd-steinberg");
+}
+
+GifOptions parseOptions(const std::vector<std::string> &args) {
+    GifOptions o;
+    for (std::size_t i = 0; i < args.size(); ++i) {
+        const std::string &word = args[i];
+        const auto value = [&]() -> const std::string & {
+            if (i + 1 >= args.size()) throw usageError("gif: " + word + " needs a value");
+            return args[++i];
+        };
+        if (word == "-o" || word == "--output") o.output = value();
+        else if (word == "--delay") o.delays = numberList(word, value(), "seconds");
+        else if (word == "--loop") o.loops = wholeNumber(word, value(), 0, 65535);
+        else if (word == "--dither") o.dither = ditherMethod(value());
+        else if (word == "--interlace") o.interlace = true;
+        else if (word == "--comment") o.comments.push_back(value());
+        else if (word == "--background") o.background = colorOption(word, value());
+        else if (word == "--transparent") o.transparent = colorOption(word, value());
+        else if (word == "--disposal") o.disposals = numberList(word, value(), "modes 0 to 3");
+        else if (word == "--palette") o.palette = value();
+        else if (word.starts_with("-") && word != "-") throw usageError("gif: unknown option " + word);
+        else o.inputs.push_back(word);
+    }
+    if (o.output.empty()) throw usageError("gif: give the file to write with -o");
+    if (o.inputs.empty()) throw usageError("gif: give at least one input picture");
+    for (double d : o.disposals)
+        if (d != std::floor(d) || d < 0 || d > 3) badValue("--disposal", std::to_string(d), "modes 0 to 3");
+    return o;
+}
+
+void checkPerFrame(const char *option, std::size_t given, mint frames) {
+    if (given != 1 && mint(given) != frames)
+        throw usageError(std::string("gif: ") + option + " gives " + std::to_string(given) +
+                         " values for " + std::to_string(frames) + " frames; give one or one per frame");
+}
+
+rh::Tensor tensor(MTensor_Data_Type type, const std::vector<double> &values) {
+    const mint length = mint(values.size());
+    MTensor made = nullptr;
+    if (hostTable()->tensorNew(type, 1, &length, &made) != 0) throw CliError("cannot make a tensor");
+    for (std::size_t i = 0; i < values.size(); ++i) {
+        if (type == MTensor_Type_Real) hostTable()->tensorGetRealData(made)[i] = values[i];
+        else hostTable()->tensorGetIntegerData(made)[i] = static_cast<mint>(values[i]);
+    }
+    return rh::Tensor(made);
+}
+
+// The transparent colour as the export takes it: a grey level for grey
+// frames, three channels otherwise.
+std::vector<double> transparencyArgument(const std::vector<double> &color, mint channels) {
+    if (color.empty() || channels == 3 || color.size() == 1) {
+        if (channels == 3 && color.size() == 1) return {color[0], color[0], color[0]};
+        return color;
+    }
+    if (color[0] == color[1] && color[1] == color[2]) return {color[0]};
+    throw usageError("gif: grey frames need a grey --transparent colour");
+}
+
+std::string joinedComments(const std::vector<std::string> &comments) {
+    std::string joined;
+    for (const std::string &c : comments) joined += (joined.empty() ? "" : std::string(kListSeparator)) + c;
+    return joined;
+}
+
+// The arguments after the pixels and maps, shared by both exports.
+struct TrailingArguments {
+    rh::Tensor delays, background, transparency, disposals;
+    std::string comments;
+
+    TrailingArguments(const GifOptions &o, mint channels)
+        : delays(tensor(MTensor_Type_Real, o.delays)),
+          background(tensor(MTensor_Type_Integer, o.background)),
+          transparency(tensor(MTensor_Type_Integer, transparencyArgument(o.transparent, channels))),
+          disposals(tensor(MTensor_Type_Integer, o.disposals)),
+          comments(joinedComments(o.comments)) {}
+
+    std::vector<RhValue> values(const GifOptions &o) const {
+        return {{RH_STRING, {.string = o.output.c_str()}, 0},
+                {RH_STRING, {.string = comments.c_str()}, 0},
+                {RH_TENSOR, {.tensor = delays.get()}, 0},
+                {RH_STRING, {.string = o.dither.c_str()}, 0},
+                {RH_INTEGER, {.integer = o.loops}, 0},
+                {RH_BOOLEAN, {.boolean = o.interlace}, 0},
+                {RH_TENSOR, {.tensor = background.get()}, 0},
+                {RH_TENSOR, {.tensor = transparency.get()}, 0},
+                {RH_TENSOR, {.tensor = disposals.get()}, 0}};
+    }
+};
+
+void callWriter(const char *name, std::vector<RhValue> args, const std::string &output) {
+    RhValue result{RH_STRING, {}, 0};
+    const int code = rh_call(plugin(), name, mint(args.size()), args.data(), &result);
+    switch (code) {
+    case 0: return;
+    case -9: throw CliError("giflib failed while writing " + output);
+    case -13: throw CliError("the --transparent colour is not in the palette of every frame");
+    default:
+        throw CliError(std::string(name) + " refused its arguments (code " + std::to_string(code) +
+                       "); cannot write " + output + "?");
+    }
+}
+
+// Each frame mapped to the caller's colours by DitherImage, as indices.
+std::vector<std::uint8_t> indexedFrames(FrameSequence &frames, MRawArray colorMap,
+                                        const GifOptions &o, int colors) {
+    frames.promoteToRgb();
+    const auto *palette = static_cast<const std::uint8_t *>(hostTable()->rawArrayFunctions->getData(colorMap));
+    std::map<std::uint32_t, std::uint8_t> indexOf;
+    for (int i = colors - 1; i >= 0; --i)
+        indexOf[std::uint32_t(palette[3 * i]) << 16 | std::uint32_t(palette[3 * i + 1]) << 8 | palette[3 * i + 2]] =
+            std::uint8_t(i);
+    const std::size_t pixels = std::size_t(frames.width * frames.height);
+    std::vector<std::uint8_t> indices;
+    for (mint k = 0; k < frames.count(); ++k) {
+        FrameSequence one{frames.width, frames.height, 3,
+                          {frames.samples.begin() + long(k * pixels * 3),
+                           frames.samples.begin() + long((k + 1) * pixels * 3)}};
+        const rh::Image image(frameImage(one));
+        const RhValue args[5] = {{RH_IMAGE, {.image = image.get()}, 0},
+                                 {RH_RAW_ARRAY, {.rawArray = colorMap}, 0},
+                                 {RH_STRING, {.string = o.dither.c_str()}, 0},
+                                 {RH_BOOLEAN, {.boolean = 0}, 0},
+                                 {RH_BOOLEAN, {.boolean = 0}, 0}};
+        RhValue result{RH_IMAGE, {}, 0};
+        if (const int code = rh_call(plugin(), "DitherImage", 5, args, &result); code != 0)
+            throw CliError("DitherImage failed with code " + std::to_string(code));
+        const rh::Image mapped(result.value.image);
+        const auto *rgb = static_cast<const std::uint8_t *>(hostTable()->imageFunctions->getRawData(mapped.get()));
+        for (std::size_t i = 0; i < pixels; ++i)
+            indices.push_back(indexOf.at(std::uint32_t(rgb[3 * i]) << 16 | std::uint32_t(rgb[3 * i + 1]) << 8 | rgb[3 * i + 2]));
+    }
+    return indices;
+}
+
+void writeWithPalette(FrameSequence &frames, const GifOptions &o) {
+    const std::vector<DitherColor> colors = readDitherPalette(o.palette);
+    if (colors.empty() || colors.size() > 256)
+        throw CliError(o.palette + ": " + std::to_string(colors.size()) + " colours; a GIF map holds 1 to 256");
+    const rh::RawArray colorMap(makeColorMap(colors, MImage_Type_Bit8, 3));
+    const std::vector<std::uint8_t> indices = indexedFrames(frames, colorMap.get(), o, int(colors.size()));
+    mint size = 2;
+    while (size < mint(colors.size())) size *= 2;
+    std::vector<std::uint8_t> mapBytes(std::size_t(size) * 3, 0);
+    std::memcpy(mapBytes.data(), hostTable()->rawArrayFunctions->getData(colorMap.get()), colors.size() * 3);
+    const auto rawArray = [](std::vector<mint> dims, const std::vector<std::uint8_t> &bytes) {
+        MRawArray made = nullptr;
+        if (hostTable()->rawArrayFunctions->create(MRawArray_Type_UBit8, mint(dims.size()), dims.data(), &made) != 0)
+            throw CliError("not enough memory for the frames");
+        std::memcpy(hostTable()->rawArrayFunctions->getData(made), bytes.data(), bytes.size());
+        return rh::RawArray(made);
+    };
+    const rh::RawArray map = rawArray({size, 3}, mapBytes);
+    const rh::RawArray raw = rawArray({frames.count(), frames.height, frames.width}, indices);
+    const TrailingArguments trailing(o, 3);
+    std::vector<RhValue> args{{RH_RAW_ARRAY, {.rawArray = map.get()}, 0},
+                              {RH_RAW_ARRAY, {.rawArray = raw.get()}, 0}};
+    const std::vector<RhValue> rest = trailing.values(o);
+    args.insert(args.end(), rest.begin(), rest.end());
+    callWriter("WriteColormaps", args, o.output);
+}
+
+int runGif(const std::vector<std::string> &args) {
+    const auto start = std::chrono::steady_clock::now();
+    const GifOptions o = parseOptions(args);
+    FrameSequence frames;
+    const bool showProgress = o.inputs.size() >= 20;
+    for (std::size_t i = 0; i < o.inputs.size(); ++i) {
+        appendFrames(frames, o.inputs[i]);
+        if (showProgress) std::fprintf(stderr, "\rtarvex gif: read %zu of %zu inputs", i + 1, o.inputs.size());
+    }
+    if (showProgress) std::fprintf(stderr, "\n");
+    checkPerFrame("--delay", o.delays.size(), frames.count());
+    checkPerFrame("--disposal", o.disposals.size(), frames.count());
+    if (!o.palette.empty()) {
+        writeWithPalette(frames, o);
+    } else {
+        const rh::Image image(frameImage(frames));
+        const TrailingArguments trailing(o, frames.channels);
+        std::vector<RhValue> call{{RH_IMAGE, {.image = image.get()}, 0}};
+        const std::vector<RhValue> rest = trailing.values(o);
+        call.insert(call.end(), rest.begin(), rest.end());
+        callWriter("WriteFrames", call, o.output);
+    }
+    const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+    std::printf("%s: %lld frames of %lldx%lld, %llu bytes, %.2f s\n", o.output.c_str(),
+                static_cast<long long>(frames.count()), static_cast<long long>(frames.width),
+                static_cast<long long>(frames.height),
+                static_cast<unsigned long long>(std::filesystem::file_size(o.output)), seconds);
+    return 0;
+}
+
+const RegisterCommand registered{
+    {"gif", "write an animated GIF from PNG or GIF frames", kGifHelp, &runGif}};
+
+}  // namespace
+}  // namespace tarvex_cli
