@@ -7,7 +7,8 @@ namespace GifExport {
 
 // How much of a diffused error reaches a pixel: all of a small error, half of
 // the rise of a middling one, nothing more beyond. The fewer the colours, the
-// larger the error let through.
+// larger the error let through. The constant tail takes the value the half
+// slope reaches at its end, so it rises once more after an even last step.
 class ErrorLimitTable {
 public:
     explicit ErrorLimitTable(std::uint32_t colorCount) {
@@ -20,7 +21,7 @@ public:
                 limit = e;
             else if (e == slopeOneEnd)
                 limit = slopeOneEnd;
-            else if (e < halfSlopeEnd && (e - 1) % 2 == 0)
+            else if (e <= halfSlopeEnd && (e - 1) % 2 == 0)
                 ++limit;
             limits_[255 + e] = limit;
             limits_[255 - e] = -limit;

@@ -169,6 +169,8 @@ TEST(ErrorLimitTable, FollowsTheSlopesForEachColourCount) {
         // 256 colours, step 16.
         {256, {{15, 15}, {16, 16}, {17, 17}, {18, 17}, {19, 18}, {20, 18}, {45, 31}, {46, 31},
                {47, 32}, {48, 32}, {255, 32}, {-17, -17}, {-47, -32}}},
+        // 240 colours, step 15: the half slope ends after an even error, so the tail is one higher.
+        {240, {{17, 17}, {49, 33}, {50, 33}, {51, 34}, {255, 34}, {-51, -34}}},
     };
     for (const Case &c : cases) {
         const ErrorLimitTable limit(c.colors);
