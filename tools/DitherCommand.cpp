@@ -100,7 +100,7 @@ MImage dither(MImage image, MRawArray colorMap, const std::string &method) {
 int runDither(const std::vector<std::string> &args) {
     const DitherOptions options = parseOptions(args);
     const auto colors = readDitherPalette(options.palette);
-    const rh::Image input(options.layout ? readRawImage(options.input, *options.layout) : readPng(options.input));
+    const rh::Image input(options.layout ? readRawImage(options.input, *options.layout) : readImageFile(options.input));
     const QuorbelImageFunctions images = hostTable()->imageFunctions;
     if (images->alphaChannelQ(input.get()))
         throw CliError(options.input + " has an alpha channel; only opaque images can be dithered");

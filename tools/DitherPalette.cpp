@@ -73,7 +73,7 @@ bool isPngFile(const std::string &path) {
 // The distinct colours of a PNG image, in order of first appearance.
 std::vector<DitherColor> colorsOfPng(const std::string &path) {
     constexpr std::size_t kMostColors = 65536;
-    MImage image = readPng(path);
+    MImage image = readImageFile(path);
     const QuorbelImageFunctions images = hostTable()->imageFunctions;
     const mint channels = images->getChannels(image);
     const std::size_t pixels = std::size_t(images->getRowCount(image)) * images->getColumnCount(image);

@@ -20,7 +20,7 @@ namespace {
 
 const char kGifHelp[] = R"(usage: tarvex gif -o OUT.gif IN... [options]
 
-Writes an animated (or still) GIF file from frames (WriteFrames): PNG
+Writes an animated (or still) GIF file from frames (WriteFrames): PNG or JPEG
 pictures, grey or RGB, one frame each, and GIF files, whose composited frames
 are taken in order. Every frame must have the same size. RGB frames are
 reduced to 256 colours each; grey frames share one map of their levels.
@@ -299,15 +299,16 @@ int runGif(const std::vector<std::string> &args) {
         callWriter("WriteFrames", call, o.output);
     }
     const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-    std::printf("%s: %lld frames of %lldx%lld, %llu bytes, %.2f s\n", o.output.c_str(),
-                static_cast<long long>(frames.count()), static_cast<long long>(frames.width),
+    std::printf("%s: %lld %s of %lldx%lld, %llu bytes, %.2f s\n", o.output.c_str(),
+                static_cast<long long>(frames.count()), frames.count() == 1 ? "frame" : "frames",
+                static_cast<long long>(frames.width),
                 static_cast<long long>(frames.height),
                 static_cast<unsigned long long>(std::filesystem::file_size(o.output)), seconds);
     return 0;
 }
 
 const RegisterCommand registered{
-    {"gif", "write an animated GIF from PNG or GIF frames", kGifHelp, &runGif}};
+    {"gif", "write an animated GIF from PNG, JPEG or GIF frames", kGifHelp, &runGif}};
 
 }  // namespace
 }  // namespace tarvex_cli

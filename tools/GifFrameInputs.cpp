@@ -79,7 +79,7 @@ void appendFrames(FrameSequence &frames, const std::string &path) {
         appendGifFrames(frames, path);
         return;
     }
-    const rh::Image picture(readPng(path));
+    const rh::Image picture(readImageFile(path));
     appendImage(frames, picture.get(), path, false);
 }
 

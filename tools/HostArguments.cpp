@@ -149,7 +149,7 @@ RhValue HostArguments::make(const Argument &argument, std::string &stringStorage
                           },
                           [](const PngImage &png) {
                               RhValue made = value(RH_IMAGE);
-                              made.value.image = readPng(png.path);
+                              made.value.image = readImageFile(png.path);
                               return made;
                           },
                           [](const RawImage &raw) {

@@ -9,6 +9,7 @@
 
 #include "Command.h"
 #include "HostTable.h"
+#include "JpegFiles.h"
 #include "refhost/refhost.h"
 
 namespace tarvex_cli {
@@ -118,6 +119,16 @@ MImage readPng(const std::string &path) {
         check(code, path, "cannot decode");
     }
     return image;
+}
+
+MImage readImageFile(const std::string &path) {
+    unsigned char magic[3] = {};
+    {
+        File file = openFile(path, "rb");
+        if (std::fread(magic, 1, sizeof magic, file.get()) != sizeof magic) return readPng(path);
+    }
+    const bool jpeg = magic[0] == 0xFF && magic[1] == 0xD8 && magic[2] == 0xFF;
+    return jpeg ? readJpeg(path) : readPng(path);
 }
 
 void writePng(MImage image, mint slice, const std::string &path) {

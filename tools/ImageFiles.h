@@ -12,6 +12,10 @@ namespace tarvex_cli {
 // Throws CliError with a clear message on any failure.
 MImage readPng(const std::string &path);
 
+// Reads a PNG or a JPEG file, told apart by their first bytes, as readPng and
+// readJpeg do.
+MImage readImageFile(const std::string &path);
+
 // Writes one slice (0-based; 0 for a 2-D image) of an interleaved 8-bit or
 // 16-bit host image of 1 to 4 channels as a PNG file.
 void writePng(MImage image, mint slice, const std::string &path);

@@ -1,5 +1,6 @@
 // `tarvex gif`: frames from PNG and GIF files into one GIF file.
 #include <gif_lib.h>
+#include <turbojpeg.h>
 
 #include <cstring>
 #include <set>
@@ -39,6 +40,23 @@ protected:
         for (mint i = 0; i < width * height * channels; ++i)
             samples[i] = static_cast<std::uint8_t>((i * 37 + seed * 101) % 7 * 40);
         writePng(image, 0, path(name));
+        return path(name);
+    }
+
+    // A JPEG of `channels` (1 or 3) flat-coloured 8-bit channels, so that it decodes without loss.
+    std::string jpeg(const std::string &name, int width, int height, int channels) const {
+        const std::vector<unsigned char> pixels(std::size_t(width) * height * channels, 200);
+        tjhandle encoder = tjInitCompress();
+        unsigned char *bytes = nullptr;
+        unsigned long size = 0;
+        EXPECT_EQ(tjCompress2(encoder, pixels.data(), width, 0, height, channels == 1 ? TJPF_GRAY : TJPF_RGB, &bytes,
+                              &size, channels == 1 ? TJSAMP_GRAY : TJSAMP_444, 100, 0),
+                  0);
+        std::FILE *file = std::fopen(path(name).c_str(), "wb");
+        std::fwrite(bytes, 1, size, file);
+        std::fclose(file);
+        tjFree(bytes);
+        tjDestroy(encoder);
         return path(name);
     }
 };
@@ -90,6 +108,21 @@ TEST_F(GifCommandTest, WritesPngAndGifFramesInOrder) {
     EXPECT_EQ(again.frames, 3);
     EXPECT_EQ(again.colors, two.colors);
     EXPECT_EQ(again.delays, (std::vector<int>{10, 10, 10}));
+}
+
+TEST_F(GifCommandTest, ReadsJpegFramesInGreyAndColour) {
+    const std::string colour = jpeg("c.jpg", 9, 5, 3), grey = jpeg("g.jpg", 9, 5, 1);
+    ASSERT_EQ(run({"-o", path("jpeg.gif"), colour, grey}), 0);
+    const Decoded written = decode(path("jpeg.gif"));
+    EXPECT_EQ(written.frames, 2);
+    EXPECT_EQ(written.width, 9);
+    EXPECT_EQ(written.colors, (std::set<std::uint32_t>{0xC8C8C8}));
+    const std::string broken = path("broken.jpg");
+    std::FILE *file = std::fopen(broken.c_str(), "wb");
+    std::fputs("\xff\xd8\xffjunk", file);
+    std::fclose(file);
+    const std::string message = cliFailure([&] { run({"-o", path("x.gif"), broken}); }, 1);
+    EXPECT_NE(message.find("not a readable JPEG file"), std::string::npos) << message;
 }
 
 TEST_F(GifCommandTest, WritesIndicesAgainstTheGivenPalette) {

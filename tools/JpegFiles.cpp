@@ -1,0 +1,56 @@
+#include "JpegFiles.h"
+
+#include <turbojpeg.h>
+
+#include <cerrno>
+#include <cstring>
+#include <fstream>
+#include <iterator>
+#include <memory>
+#include <vector>
+
+#include "Command.h"
+#include "HostTable.h"
+#include "refhost/refhost.h"
+
+namespace tarvex_cli {
+namespace {
+
+struct HandleDestroy {
+    void operator()(void *handle) const { tjDestroy(handle); }
+};
+using Handle = std::unique_ptr<void, HandleDestroy>;
+
+std::vector<unsigned char> readWholeFile(const std::string &path) {
+    std::ifstream in(path, std::ios::binary);
+    if (!in) throw CliError("cannot open " + path + ": " + std::strerror(errno));
+    return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
+}
+
+}  // namespace
+
+MImage readJpeg(const std::string &path) {
+    std::vector<unsigned char> bytes = readWholeFile(path);
+    Handle decoder(tjInitDecompress());
+    if (!decoder) throw CliError(path + ": out of memory");
+    int width = 0, height = 0, subsampling = 0, colorspace = 0;
+    if (tjDecompressHeader3(decoder.get(), bytes.data(), bytes.size(), &width, &height, &subsampling, &colorspace) != 0)
+        throw CliError(path + ": not a readable JPEG file: " + tjGetErrorStr2(decoder.get()));
+    const bool grey = colorspace == TJCS_GRAY;
+    const mint channels = grey ? 1 : 3;
+    MImage image = nullptr;
+    const int code = rh_image_new(0, width, height, channels, MImage_Type_Bit8, grey ? MImage_CS_Gray : MImage_CS_RGB,
+                                  QUORBEL_TRUE, QUORBEL_FALSE, &image);
+    if (code != 0) throw CliError(path + ": the host could not make an image (code " + std::to_string(code) + ")");
+    auto *pixels = static_cast<unsigned char *>(hostTable()->imageFunctions->getRawData(image));
+    if (tjDecompress2(decoder.get(), bytes.data(), bytes.size(), pixels, width, 0, height,
+                      grey ? TJPF_GRAY : TJPF_RGB, 0) != 0 &&
+        tjGetErrorCode(decoder.get()) == TJERR_FATAL) {
+        const std::string reason = tjGetErrorStr2(decoder.get());
+        hostTable()->imageFunctions->free(image);
+        throw CliError(path + ": cannot decode: " + reason);
+    }
+    return image;
+}
+
+}  // namespace tarvex_cli
