@@ -3,10 +3,12 @@
 #include <string>
 #include <string_view>
 
+#include "quorbel/QuorbelLibrary.h"
+
 namespace tarvex_cli {
 
 // The list separator that the plug-in's exports split joined strings at.
-inline constexpr std::string_view kListSeparator{"\x02\x07\x07\x07\x03", 5};
+inline constexpr std::string_view kListSeparator{QUORBEL_LIST_SEPARATOR};
 
 // Turns C-style escapes into bytes: \\ \" \' \a \b \e \f \n \r \t \v,
 // \xHH (exactly two hex digits), \NNN (one to three octal digits), and \|

@@ -25,6 +25,10 @@ extern "C" {
 
 #define QUORBEL_VERSION 1
 
+/* Joins several strings into one string argument: STX, three BEL, ETX, bytes
+   that never occur in text a user types. */
+#define QUORBEL_LIST_SEPARATOR "\x02\x07\x07\x07\x03"
+
 typedef struct st_QuorbelImageFunctions {
     /* A rows x columns image (2-D). */
     int (*new2D)(mint width, mint height, mint channels, MImage_Data_Type type,

@@ -2,10 +2,10 @@
 
 #include <string_view>
 
+#include "quorbel/QuorbelLibrary.h"
+
 namespace OstrelUtils {
 
-// Joins several strings into one argument (STX, three BEL, ETX): bytes that
-// never occur in text a user types.
-inline constexpr std::string_view kListSeparator{"\x02\x07\x07\x07\x03", 5};
+inline constexpr std::string_view kListSeparator{QUORBEL_LIST_SEPARATOR};
 
 }  // namespace OstrelUtils
