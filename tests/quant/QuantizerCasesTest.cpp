@@ -137,6 +137,15 @@ TEST(Wu, RetriesAFailedCutWithAnotherBox) {
     EXPECT_EQ(colors.size(), 4u);
 }
 
+TEST(Wu, SquaresOfLargeMomentSumsStayPositive) {
+    // 46342 x 65535 squared passes 2^63: read as signed, every cut would
+    // look worthless and the black pixel would be lost.
+    std::vector<unsigned short> samples(46343, 65535);
+    samples[0] = 0;
+    EXPECT_EQ((quantized<unsigned short, 0>(kWu, samples, 2)),
+              (std::vector<std::array<unsigned short, 1>>{{0}, {65535}}));
+}
+
 TEST(MakeQuantizer, MethodNumbersUseTheLowByteAndBitsOutsideTwoToEightMeanSix) {
     const std::vector<unsigned char> samples = {200};
     EXPECT_EQ((quantized<unsigned char, 0>(257, samples, 1, 6)), (std::vector<Gray>{{201}}));
