@@ -9,7 +9,7 @@
 #include <gtest/gtest.h>
 
 #include "DitherCall.h"
-#include "host/CallFrame.h"
+#include "exports/DitherCatchTable.h"
 
 namespace {
 
