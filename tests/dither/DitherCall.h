@@ -45,8 +45,8 @@ MImage newImage(const ImageShape &shape, const std::vector<T> &samples) {
 template <typename T>
 MRawArray newRawArray(const std::vector<mint> &dimensions, const std::vector<T> &elements) {
     MRawArray array = nullptr;
-    EXPECT_EQ(rawArrays()->create(OstrelUtils::ElementType<T>::kRawArrayType,
-                                  static_cast<mint>(dimensions.size()), dimensions.data(), &array),
+    EXPECT_EQ(rh_raw_array_new(OstrelUtils::ElementType<T>::kRawArrayType,
+                               static_cast<mint>(dimensions.size()), dimensions.data(), &array),
               0);
     if (array != nullptr && !elements.empty())
         std::memcpy(rawArrays()->getData(array), elements.data(), elements.size() * sizeof(T));

@@ -62,6 +62,19 @@ TEST(DitherImageRefuses, BadMethodNamesColorMapsAndArgumentCounts) {
     expectRefused(call.arguments(), kRuntimeFailure, 2);
 }
 
+// The kernel can pass an empty colour map, which no method can map to; a
+// method name that names no method is still refused as such.
+TEST(DitherImageRefuses, AnEmptyColourMap) {
+    HostBooksGuard guard;
+    const RgbCall call;
+    const rh::RawArray empty(newRawArray<unsigned char>({0, 3}, {}));
+    for (const char *method : {"None", "FloydSteinberg"}) {
+        SCOPED_TRACE(method);
+        expectRefused({call.image.get(), empty.get(), method}, kOtherFailure);
+    }
+    expectRefused({call.image.get(), empty.get(), "Nearest"}, kRuntimeFailure);
+}
+
 TEST(DitherImageRefuses, ImagesTheColourCodeCannotRead) {
     HostBooksGuard guard;
     rh::RawArray map(newRawArray<unsigned char>({3, 3}, kRgbPalette));
