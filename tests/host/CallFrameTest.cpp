@@ -1,14 +1,15 @@
 // The exported entry points through the reference host: what the kernel sees
 // of every call frame, before and after initialisation.
 #include <cstdio>
-#include <cstdlib>
 #include <set>
+#include <sstream>
 #include <string>
 #include <vector>
 
 #include <gtest/gtest.h>
 
 #include "Plugin.h"
+#include "ToolRun.h"
 #include "UninitialisedPlugin.h"
 
 using tarvex_test::HostBooksGuard;
@@ -43,20 +44,16 @@ int callWith(RhPlugin *p, const char *name, const std::vector<RhValue> &args,
 }
 
 TEST(EntryPoints, OnlyTheLifeCycleAndTheExportsLeaveTheLibrary) {
-    if (std::system("command -v nm >/dev/null 2>&1") != 0)
-        GTEST_SKIP() << "nm is not on PATH, so the exported symbols cannot be listed";
-    const std::string command = std::string("nm -D --defined-only ") + TARVEX_PLUGIN_PATH;
-    FILE *pipe = popen(command.c_str(), "r");
-    ASSERT_NE(pipe, nullptr) << "could not start: " << command;
+    const tarvex_test::ProgramRun nm =
+        tarvex_test::runProgram("nm", {"-D", "--defined-only", TARVEX_PLUGIN_PATH});
+    if (!nm.started) GTEST_SKIP() << "the exported symbols cannot be listed: " << nm.err;
+    ASSERT_EQ(nm.status, 0) << "nm failed, so its symbol list cannot be trusted: " << nm.err;
     std::set<std::string> defined;
-    char line[512];
-    while (std::fgets(line, sizeof line, pipe) != nullptr) {
+    std::istringstream lines(nm.out);
+    for (std::string line; std::getline(lines, line);) {
         char type = 0, name[400] = {};
-        if (std::sscanf(line, "%*s %c %399s", &type, name) == 2 && type == 'T') defined.insert(name);
+        if (std::sscanf(line.c_str(), "%*s %c %399s", &type, name) == 2 && type == 'T') defined.insert(name);
     }
-    const int status = pclose(pipe);
-    ASSERT_EQ(status, 0) << "'" << command << "' failed (status " << status
-                         << "); its symbol list cannot be trusted";
     EXPECT_EQ(defined, kEntryPoints);
 }
 
