@@ -22,7 +22,7 @@ const std::vector<unsigned char> kThreeColours = {0,   0,   0,   255, 0,   0,   
                                                   0,   0,   255, 0,   0,   255, 0,   0, 0,   0,   0, 0};
 
 struct ThreeColourImage {
-    OwnedImage image{newImage<unsigned char>({0, 4, 2, 3}, kThreeColours)};
+    rh::Image image{newImage<unsigned char>({0, 4, 2, 3}, kThreeColours)};
 };
 
 TEST(ImageQuantize, PaletteRowsPastTheLastColourRepeatIt) {
@@ -30,8 +30,8 @@ TEST(ImageQuantize, PaletteRowsPastTheLastColourRepeatIt) {
     ThreeColourImage picture;
     for (mint method : {kMedianCut, kWu, kOctree}) {
         MRawArray answer = nullptr;
-        ASSERT_EQ(callImageQuantize({picture.image.handle, 16, "None", true, method, 6}, &answer), 0);
-        OwnedRawArray palette(answer);
+        ASSERT_EQ(callImageQuantize({picture.image.get(), 16, "None", true, method, 6}, &answer), 0);
+        rh::RawArray palette(answer);
         EXPECT_EQ(dimensionsOf(answer), (std::vector<mint>{16, 3}));
         const auto rows = elementsOf<unsigned char>(answer);
         for (std::size_t i = 3; i < 16; ++i)
@@ -54,10 +54,10 @@ TEST(ImageQuantize, IndexArrayTypeFollowsTheColourCount) {
                  {(mint{1} << 32) + 3, MRawArray_Type_UBit64}};
     for (const auto &c : cases) {
         MRawArray answer = nullptr;
-        ASSERT_EQ(callImageQuantize({picture.image.handle, c.colorCount, "FloydSteinberg", false, kMedianCut}, &answer),
+        ASSERT_EQ(callImageQuantize({picture.image.get(), c.colorCount, "FloydSteinberg", false, kMedianCut}, &answer),
                   0)
             << c.colorCount;
-        OwnedRawArray indices(answer);
+        rh::RawArray indices(answer);
         EXPECT_EQ(rawArrays()->getType(answer), c.type) << c.colorCount;
         EXPECT_EQ(dimensionsOf(answer), (std::vector<mint>{1, 2, 4}));
     }
@@ -66,12 +66,12 @@ TEST(ImageQuantize, IndexArrayTypeFollowsTheColourCount) {
     // empty palette has nothing to map to.
     for (mint method : {kMedianCut, kOctree}) {
         MRawArray answer = nullptr;
-        ASSERT_EQ(callImageQuantize({picture.image.handle, mint{1} << 32, "None", false, method}, &answer), 0);
-        OwnedRawArray indices(answer);
+        ASSERT_EQ(callImageQuantize({picture.image.get(), mint{1} << 32, "None", false, method}, &answer), 0);
+        rh::RawArray indices(answer);
         for (unsigned int index : elementsOf<unsigned int>(answer)) EXPECT_EQ(index, 0u);
     }
     MRawArray answer = nullptr;
-    EXPECT_EQ(callImageQuantize({picture.image.handle, mint{1} << 32, "None", false, kWu}, &answer),
+    EXPECT_EQ(callImageQuantize({picture.image.get(), mint{1} << 32, "None", false, kWu}, &answer),
               kQuantizeFailure);
 }
 
@@ -79,9 +79,9 @@ TEST(ImageQuantize, IndicesPointAtEachPixelsOwnColourWhenThePaletteHoldsThemAll)
     HostBooksGuard guard;
     ThreeColourImage picture;
     MRawArray paletteAnswer = nullptr, indexAnswer = nullptr;
-    ASSERT_EQ(callImageQuantize({picture.image.handle, 3, "None", true, kWu, 6}, &paletteAnswer), 0);
-    ASSERT_EQ(callImageQuantize({picture.image.handle, 3, "None", false, kWu, 6}, &indexAnswer), 0);
-    OwnedRawArray palette(paletteAnswer), indices(indexAnswer);
+    ASSERT_EQ(callImageQuantize({picture.image.get(), 3, "None", true, kWu, 6}, &paletteAnswer), 0);
+    ASSERT_EQ(callImageQuantize({picture.image.get(), 3, "None", false, kWu, 6}, &indexAnswer), 0);
+    rh::RawArray palette(paletteAnswer), indices(indexAnswer);
     const auto colours = elementsOf<unsigned char>(paletteAnswer);
     const auto index = elementsOf<unsigned char>(indexAnswer);
     for (std::size_t p = 0; p < index.size(); ++p)
@@ -93,13 +93,13 @@ TEST(GetQuantizedImage, ReturnsTheInputItselfWhenItHasNoMoreColoursThanAskedFor)
     ThreeColourImage picture;
     for (mint colorCount : {mint{8}, mint{3}, mint{100}}) {
         MImage answer = nullptr;
-        ASSERT_EQ(callGetQuantizedImage({picture.image.handle, colorCount, "Bogus", false, 99}, &answer), 0);
-        EXPECT_EQ(answer, picture.image.handle) << colorCount;
+        ASSERT_EQ(callGetQuantizedImage({picture.image.get(), colorCount, "Bogus", false, 99}, &answer), 0);
+        EXPECT_EQ(answer, picture.image.get()) << colorCount;
     }
     MImage answer = nullptr;
-    ASSERT_EQ(callGetQuantizedImage({picture.image.handle, 2, "None", false, kMedianCut}, &answer), 0);
-    OwnedImage redrawn(answer);
-    EXPECT_NE(answer, picture.image.handle);
+    ASSERT_EQ(callGetQuantizedImage({picture.image.get(), 2, "None", false, kMedianCut}, &answer), 0);
+    rh::Image redrawn(answer);
+    EXPECT_NE(answer, picture.image.get());
     EXPECT_EQ(images()->getChannels(answer), 3);
 }
 
@@ -107,10 +107,10 @@ TEST(GetQuantizedImage, KeepsTheSliceCountOfThreeDimensionalImages) {
     HostBooksGuard guard;
     Random random(5);
     const ImageShape shape{3, 7, 5, 2};
-    OwnedImage image(newImage<unsigned short>(shape, randomSamples<unsigned short>(random, shape)));
+    rh::Image image(newImage<unsigned short>(shape, randomSamples<unsigned short>(random, shape)));
     MImage answer = nullptr;
-    ASSERT_EQ(callGetQuantizedImage({image.handle, 4, "FloydSteinberg", false, kOctree}, &answer), 0);
-    OwnedImage redrawn(answer);
+    ASSERT_EQ(callGetQuantizedImage({image.get(), 4, "FloydSteinberg", false, kOctree}, &answer), 0);
+    rh::Image redrawn(answer);
     EXPECT_EQ(images()->getRank(answer), 3);
     EXPECT_EQ(images()->getSliceCount(answer), 3);
 }
@@ -120,14 +120,21 @@ TEST(UniqueColors, CountsBothWaysAndEachNaNPixelApartWhenHashed) {
     ThreeColourImage picture;
     for (bool ordered : {false, true}) {
         mint count = 0;
-        ASSERT_EQ(callUniqueColors(picture.image.handle, ordered, &count), 0);
+        ASSERT_EQ(callUniqueColors(picture.image.get(), ordered, &count), 0);
         EXPECT_EQ(count, 3);
     }
     const float nan = std::numeric_limits<float>::quiet_NaN();
-    OwnedImage reals(newImage<float>({0, 4, 1, 1}, {nan, nan, 0.5f, 0.5f}));
+    rh::Image reals(newImage<float>({0, 4, 1, 1}, {nan, nan, 0.5f, 0.5f}));
     mint count = 0;
-    ASSERT_EQ(callUniqueColors(reals.handle, false, &count), 0);
+    ASSERT_EQ(callUniqueColors(reals.get(), false, &count), 0);
     EXPECT_EQ(count, 3);
+}
+
+// A zero-filled 3 x 3 byte image with the given layout flags.
+MImage bareImage(mint channels, MImage_CS_Type colorSpace, mbool interleaved, mbool alpha) {
+    MImage image = nullptr;
+    EXPECT_EQ(rh_image_new(0, 3, 3, channels, MImage_Type_Bit8, colorSpace, interleaved, alpha, &image), 0);
+    return image;
 }
 
 void expectQuantizeRefused(const QuantizeArguments &arguments) {
@@ -144,46 +151,42 @@ TEST(QuantizeRefuses, BadCountsMethodsDitherNamesAndImages) {
     HostBooksGuard guard;
     Random random(9);
     const ImageShape shape{0, 6, 6, 3};
-    OwnedImage image(newImage<unsigned char>(shape, randomSamples<unsigned char>(random, shape)));
+    rh::Image image(newImage<unsigned char>(shape, randomSamples<unsigned char>(random, shape)));
     for (mint colorCount : {mint{0}, mint{-5}})
-        expectQuantizeRefused({image.handle, colorCount, "None", false, 99});
+        expectQuantizeRefused({image.get(), colorCount, "None", false, 99});
     for (mint method : {mint{0}, mint{4}, mint{256}})
-        expectQuantizeRefused({image.handle, 4, "None", false, method});
-    expectQuantizeRefused({image.handle, 4, "none", false, kWu});
+        expectQuantizeRefused({image.get(), 4, "None", false, method});
+    expectQuantizeRefused({image.get(), 4, "none", false, kWu});
 
-    OwnedImage alpha;
-    ASSERT_EQ(rh_image_new(0, 3, 3, 4, MImage_Type_Bit8, MImage_CS_RGB, 1, 1, &alpha.handle), 0);
-    OwnedImage planar;
-    ASSERT_EQ(rh_image_new(0, 3, 3, 2, MImage_Type_Bit8, MImage_CS_Automatic, 0, 0, &planar.handle), 0);
-    OwnedImage fiveChannels;
-    ASSERT_EQ(rh_image_new(0, 3, 3, 5, MImage_Type_Bit8, MImage_CS_Automatic, 1, 0, &fiveChannels.handle), 0);
-    for (MImage bad : {alpha.handle, planar.handle, fiveChannels.handle}) {
+    rh::Image alpha(bareImage(4, MImage_CS_RGB, 1, 1));
+    rh::Image planar(bareImage(2, MImage_CS_Automatic, 0, 0));
+    rh::Image fiveChannels(bareImage(5, MImage_CS_Automatic, 1, 0));
+    for (MImage bad : {alpha.get(), planar.get(), fiveChannels.get()}) {
         expectQuantizeRefused({bad, 2, "None", false, kWu});
         mint count = 0;
         EXPECT_EQ(callUniqueColors(bad, false, &count), kQuantizeFailure);
     }
     // A one-channel planar image is packed all the same.
-    OwnedImage grey;
-    ASSERT_EQ(rh_image_new(0, 3, 3, 1, MImage_Type_Bit8, MImage_CS_Gray, 0, 0, &grey.handle), 0);
+    rh::Image grey(bareImage(1, MImage_CS_Gray, 0, 0));
     mint count = 0;
-    EXPECT_EQ(callUniqueColors(grey.handle, false, &count), 0);
+    EXPECT_EQ(callUniqueColors(grey.get(), false, &count), 0);
 }
 
 TEST(QuantizeRefuses, ResultArraysTheHostCannotCreate) {
     HostBooksGuard guard;
     Random random(11);
     const ImageShape shape{0, 9, 4, 3};
-    OwnedImage image(newImage<unsigned char>(shape, randomSamples<unsigned char>(random, shape)));
+    rh::Image image(newImage<unsigned char>(shape, randomSamples<unsigned char>(random, shape)));
     for (bool paletteOnly : {false, true}) {
         rh_fail_next_raw_array_creation(1);
         MRawArray array = nullptr;
-        EXPECT_EQ(callImageQuantize({image.handle, 4, "FloydSteinberg", paletteOnly, kOctree}, &array),
+        EXPECT_EQ(callImageQuantize({image.get(), 4, "FloydSteinberg", paletteOnly, kOctree}, &array),
                   kQuantizeFailure);
         EXPECT_EQ(array, nullptr);
     }
     rh_fail_next_image_creation(1);
     MImage redrawn = nullptr;
-    EXPECT_EQ(callGetQuantizedImage({image.handle, 4, "None", false, kMedianCut}, &redrawn), kQuantizeFailure);
+    EXPECT_EQ(callGetQuantizedImage({image.get(), 4, "None", false, kMedianCut}, &redrawn), kQuantizeFailure);
     EXPECT_EQ(redrawn, nullptr);
     rh_clear_faults();
 }
@@ -195,18 +198,18 @@ TEST(QuantizeRefuses, TablesLargerThanTheMemoryBudget) {
     ASSERT_EQ(setenv("TARVEX_MEMORY_BUDGET", "1000000000", 1), 0);
     Random random(13);
     const ImageShape shape{0, 5, 5, 4};
-    OwnedImage image(newImage<unsigned char>(shape, randomSamples<unsigned char>(random, shape)));
+    rh::Image image(newImage<unsigned char>(shape, randomSamples<unsigned char>(random, shape)));
     for (mint method : {kMedianCut, kWu}) {
         MRawArray array = nullptr;
-        EXPECT_EQ(callImageQuantize({image.handle, 4, "None", true, method, 8}, &array), kQuantizeFailure);
+        EXPECT_EQ(callImageQuantize({image.get(), 4, "None", true, method, 8}, &array), kQuantizeFailure);
         EXPECT_EQ(array, nullptr);
     }
     // The octree's own memory follows the colours; the cell cache of the
     // mapping after it is the table that does not fit.
     MRawArray array = nullptr;
-    EXPECT_EQ(callImageQuantize({image.handle, 4, "None", false, kOctree, 8}, &array), kQuantizeFailure);
-    ASSERT_EQ(callImageQuantize({image.handle, 4, "None", true, kOctree, 8}, &array), 0);
-    OwnedRawArray palette(array);
+    EXPECT_EQ(callImageQuantize({image.get(), 4, "None", false, kOctree, 8}, &array), kQuantizeFailure);
+    ASSERT_EQ(callImageQuantize({image.get(), 4, "None", true, kOctree, 8}, &array), 0);
+    rh::RawArray palette(array);
     unsetenv("TARVEX_MEMORY_BUDGET");
 }
 

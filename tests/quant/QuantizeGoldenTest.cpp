@@ -50,22 +50,22 @@ std::array<std::uint64_t, 3> checksumsOf(const MethodCase &method, bool threeD) 
     const std::string name = typeName<T>();
     Random random(fnv1a(name.data(), name.size()) ^ (N * 7919) ^ (threeD ? 1 : 0));
     const ImageShape shape{threeD ? 3 : 0, 29, 17, N + 1};
-    OwnedImage image(newImage<T>(shape, randomSamples<T>(random, shape)));
+    rh::Image image(newImage<T>(shape, randomSamples<T>(random, shape)));
     const mint colors = std::is_same_v<T, signed char> ? 3 : 12;
     std::array<std::uint64_t, 3> sums{};
     MRawArray palette = nullptr, indices = nullptr;
-    EXPECT_EQ(callImageQuantize({image.handle, colors, "None", true, method.number, method.bits}, &palette), 0);
-    EXPECT_EQ(callImageQuantize({image.handle, colors, "FloydSteinberg", false, method.number, method.bits},
+    EXPECT_EQ(callImageQuantize({image.get(), colors, "None", true, method.number, method.bits}, &palette), 0);
+    EXPECT_EQ(callImageQuantize({image.get(), colors, "FloydSteinberg", false, method.number, method.bits},
                                 &indices),
               0);
-    OwnedRawArray ownedPalette(palette), ownedIndices(indices);
+    rh::RawArray ownedPalette(palette), ownedIndices(indices);
     if (palette != nullptr) sums[0] = checksumOf(elementsOf<T>(palette));
     if (indices != nullptr) sums[1] = checksumOf(elementsOf<unsigned char>(indices));
     MImage redrawn = nullptr;
-    EXPECT_EQ(callGetQuantizedImage({image.handle, colors, "None", false, method.number, method.bits}, &redrawn),
+    EXPECT_EQ(callGetQuantizedImage({image.get(), colors, "None", false, method.number, method.bits}, &redrawn),
               0);
     // An image with no more colours than asked for comes back itself.
-    OwnedImage ownedRedrawn(redrawn == image.handle ? nullptr : redrawn);
+    rh::Image ownedRedrawn(redrawn == image.get() ? nullptr : redrawn);
     if (redrawn != nullptr) sums[2] = checksumOf(samplesOf<T>(redrawn));
     return sums;
 }
