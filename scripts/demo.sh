@@ -40,6 +40,7 @@ show dither "$out/photo.png" -o "$out/photo-floyd-steinberg.png" --palette "$pal
 show call --books DitherImage png:"$out/photo.png" 'raw:uint8:{{0,0,0},{255,255,255}}' str:FloydSteinberg false false --out "$out/photo-black-white.png"
 
 "$(dirname "$0")/demo/gif_export.sh" "$build" "$out"
+"$(dirname "$0")/demo/quantize.sh" "$build" "$out"
 
 step "Refusals: each export answers its own code, writes no result and leaves nothing behind"
 show call --books DitherImage png:"$out/photo.png" 'raw:uint8:{{0,0,0},{255,255,255}}' str:Dither false false
