@@ -10,6 +10,7 @@
 #include <type_traits>
 #include <vector>
 
+#include "color/BoxAnswerMemo.h"
 #include "color/Palette.h"
 #include "color/ZeroedArray.h"
 
@@ -50,6 +51,7 @@ public:
             colors_.push_back(candidateOf(palette.colors[i], i));
         for (int level = 0; level <= kTableLevel; ++level)
             levels_[level] = ZeroedArray<Span>(std::size_t{1} << (level * (N + 1)));
+        remembering_ = kRemembers && palette.size() < Memo::kLimit;
     }
 
     // An empty palette answers 0, like the exhaustive search.
@@ -64,24 +66,19 @@ public:
             cells[k] = offsets[k] >> (kSampleBits - kTableLevel);
         }
         if (!byFirstChannel_.empty()) return walkFirstChannel(wanted);
-        const Span *found = &listOf(kTableLevel, cells);
-        for (int level = kTableLevel + 1; found->count == kCut; ++level)
-            found = &childList(*found, level, offsets);
-        const Span span = *found;
-        if (span.count == 1) return span.at;
-        const Candidate *candidate = entries_.data() + span.at;
-        const Candidate *end = candidate + span.count;
-        const Candidate *best = candidate;
-        Distance bestDistance = distanceOf(*candidate, wanted);
-        for (++candidate; candidate != end && candidate->boxDistance <= bestDistance; ++candidate) {
-            const Distance distance = distanceOf(*candidate, wanted);
-            if (distance < bestDistance ||
-                (distance == bestDistance && before(*candidate, *best, wanted))) {
-                best = candidate;
-                bestDistance = distance;
+        Span &box = listOf(kTableLevel, cells);
+        if (box.count == 1) return box.at;
+        if constexpr (kRemembers) {
+            if (remembering_) {
+                if (box.count != kRemembered) box = {memo_.adopt(box), kRemembered};
+                std::uint16_t &remembered = memo_.slot(box.at, offsets);
+                if (remembered != 0) return remembered - 1u;
+                const std::uint32_t index = findWithin(memo_.listOf(box.at), offsets, wanted);
+                remembered = static_cast<std::uint16_t>(index + 1);
+                return index;
             }
         }
-        return best->index;
+        return findWithin(box, offsets, wanted);
     }
 
 private:
@@ -93,6 +90,9 @@ private:
     static constexpr std::uint32_t kLongList = 16;
     static constexpr std::size_t kChildren = std::size_t{1} << (N + 1);
     static constexpr std::int32_t kLowest = std::numeric_limits<T>::lowest();
+    // Exact colours are remembered where a box holds few of them.
+    static constexpr int kLowBits = kSampleBits - kTableLevel;
+    static constexpr bool kRemembers = kLowBits * (N + 1) <= 6;
 
     // Squared distances: 8-bit ones fit in 32 bits.
     using Distance = std::conditional_t<sizeof(T) == 1, std::int32_t, std::int64_t>;
@@ -116,6 +116,9 @@ private:
         std::uint32_t count;
     };
     static constexpr std::uint32_t kCut = 0xFFFFFFFF;
+    // A box of the table whose list is kept, with its answers, by the memo.
+    static constexpr std::uint32_t kRemembered = 0xFFFFFFFE;
+    using Memo = BoxAnswerMemo<N, kRemembers ? kLowBits : 0, Span>;
     struct ChildBlock {
         Span list;  // of the box that was cut
         std::array<Span, kChildren> boxes;
@@ -155,6 +158,28 @@ private:
         std::size_t key = 0;
         for (int k = 0; k <= N; ++k) key = key << level | cells[k];
         return key;
+    }
+
+    // Below the table's box, down the smaller boxes it was cut into.
+    std::uint32_t findWithin(const Span &box, const Cells &offsets, const Samples &wanted) {
+        const Span *found = &box;
+        for (int level = kTableLevel + 1; found->count == kCut; ++level)
+            found = &childList(*found, level, offsets);
+        const Span span = *found;
+        if (span.count == 1) return span.at;
+        const Candidate *candidate = entries_.data() + span.at;
+        const Candidate *end = candidate + span.count;
+        const Candidate *best = candidate;
+        Distance bestDistance = distanceOf(*candidate, wanted);
+        for (++candidate; candidate != end && candidate->boxDistance <= bestDistance; ++candidate) {
+            const Distance distance = distanceOf(*candidate, wanted);
+            if (distance < bestDistance ||
+                (distance == bestDistance && before(*candidate, *best, wanted))) {
+                best = candidate;
+                bestDistance = distance;
+            }
+        }
+        return best->index;
     }
 
     // A box of the table's levels, its list made with its parents' if need be.
@@ -288,6 +313,7 @@ private:
         for (ZeroedArray<Span> &level : levels_) std::fill(level.begin(), level.end(), Span{});
         children_.clear();
         entries_.clear();
+        memo_.clear();
     }
 
     // From the nearest first sample outwards, each way until the first
@@ -325,6 +351,8 @@ private:
     std::deque<ChildBlock> children_;  // a deque keeps the spans in place as it grows
     std::vector<Candidate> entries_;
     std::vector<Candidate> scratch_;
+    bool remembering_ = false;
+    Memo memo_;
 };
 
 }  // namespace ColorUtilities
