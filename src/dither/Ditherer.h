@@ -17,6 +17,7 @@
 #include "color/Palette.h"
 #include "color/Quantizer.h"
 #include "color/SortedSearch.h"
+#include "dither/DiffusedError.h"
 #include "dither/SliceOutput.h"
 
 namespace ColorUtilities {
@@ -29,7 +30,8 @@ template <typename T, int N>
 class Ditherer {
 public:
     using ColorType = Color<T, N>;
-    using Error = std::array<double, N + 1>;
+    // Per channel, in the arithmetic that diffusion uses for T.
+    using Error = std::array<typename DiffusedError<T>::Value, N + 1>;
     static constexpr std::uint32_t kForward = 1;
     static constexpr std::uint32_t kBackward = 0xFFFFFFFF;  // -1 in unsigned arithmetic
 
@@ -87,7 +89,7 @@ protected:
     bool useCache_ = false;
     bool useSortedSearch_ = false;
     SharedPalette<T, N> palette_;
-    std::vector<std::array<double, N + 1>> methodState_;
+    std::vector<Error> methodState_;
     ColorBounds<T, N> bounds_;
     // Only a ditherer that caches has one: it takes up to 64 MB.
     std::optional<ColorCellCache<T, N>> cache_;
