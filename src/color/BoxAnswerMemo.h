@@ -31,16 +31,25 @@ public:
     // lowest value, are `offsets`.
     template <class Offsets>
     std::uint16_t &slot(std::uint32_t block, const Offsets &offsets) {
-        std::size_t inside = 0;
-        for (int k = 0; k <= N; ++k)
-            inside = inside << kLowBits | (offsets[k] & ((1u << kLowBits) - 1));
-        return blocks_[block].slots[inside];
+        return blocks_[block].slots[inside(offsets)];
+    }
+
+    template <class Offsets>
+    void warm(std::uint32_t block, const Offsets &offsets) const {
+        __builtin_prefetch(&blocks_[block].slots[inside(offsets)]);
     }
 
     void clear() { blocks_.clear(); }
     std::size_t size() const { return blocks_.size(); }
 
 private:
+    template <class Offsets>
+    static std::size_t inside(const Offsets &offsets) {
+        std::size_t at = 0;
+        for (int k = 0; k <= N; ++k) at = at << kLowBits | (offsets[k] & ((1u << kLowBits) - 1));
+        return at;
+    }
+
     struct Block {
         List list;
         std::array<std::uint16_t, kSlotsPerBox> slots;

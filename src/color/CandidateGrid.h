@@ -42,8 +42,9 @@ class CandidateGrid {
 public:
     // Past entryLimit listed colours (256 MB by default) every list is dropped
     // and made again on demand, which bounds the memory of large palettes on
-    // varied images.
-    explicit CandidateGrid(const Palette<T, N> &palette,
+    // varied images. Remembering answers pays where colours repeat and
+    // costs where they do not: its blocks crowd the processor's cache.
+    explicit CandidateGrid(const Palette<T, N> &palette, bool rememberAnswers = true,
                            std::size_t entryLimit = (std::size_t{256} << 20) / sizeof(Candidate))
         : entryLimit_(entryLimit) {
         colors_.reserve(palette.size());
@@ -51,7 +52,7 @@ public:
             colors_.push_back(candidateOf(palette.colors[i], i));
         for (int level = 0; level <= kTableLevel; ++level)
             levels_[level] = ZeroedArray<Span>(std::size_t{1} << (level * (N + 1)));
-        remembering_ = kRemembers && palette.size() < Memo::kLimit;
+        remembering_ = kRemembers && rememberAnswers && palette.size() < Memo::kLimit;
     }
 
     // An empty palette answers 0, like the exhaustive search.
@@ -79,6 +80,21 @@ public:
             }
         }
         return findWithin(box, offsets, wanted);
+    }
+
+    // Brings into the cache what find(target) will read first, when known:
+    // a caller that knows roughly what it will ask next asks for it here a
+    // little ahead, so that the wait for memory overlaps other work.
+    void warm(const Color<T, N> &target) const {
+        if constexpr (kRemembers) {
+            Cells offsets, cells;
+            for (int k = 0; k <= N; ++k) {
+                offsets[k] = offsetOf(target[k]);
+                cells[k] = offsets[k] >> kLowBits;
+            }
+            const Span &box = levels_[kTableLevel][keyOf(kTableLevel, cells)];
+            if (box.count == kRemembered) memo_.warm(box.at, offsets);
+        }
     }
 
 private:
@@ -154,11 +170,23 @@ private:
         return a.index < b.index;
     }
 
+    // The channels' cells with their bits interleaved, so that boxes near in
+    // every channel lie near in the table: successive targets of a picture
+    // then share cache lines.
     static std::size_t keyOf(int level, const Cells &cells) {
+        (void)level;
         std::size_t key = 0;
-        for (int k = 0; k <= N; ++k) key = key << level | cells[k];
+        for (int k = 0; k <= N; ++k) key |= std::size_t{kSpread[cells[k]]} << (N - k);
         return key;
     }
+
+    // v's bits, N+1 places apart.
+    static constexpr std::array<std::uint32_t, 256> kSpread = [] {
+        std::array<std::uint32_t, 256> spread{};
+        for (std::uint32_t v = 0; v < 256; ++v)
+            for (int bit = 0; bit < 8; ++bit) spread[v] |= (v >> bit & 1u) << (bit * (N + 1));
+        return spread;
+    }();
 
     // Below the table's box, down the smaller boxes it was cut into.
     std::uint32_t findWithin(const Span &box, const Cells &offsets, const Samples &wanted) {

@@ -18,10 +18,13 @@ namespace ColorUtilities {
 template <typename T, int N>
 class NearestColorFinder {
 public:
-    explicit NearestColorFinder(const Palette<T, N> &palette) : palette_(palette) {
+    // Answers are remembered per exact colour when rememberAnswers is set,
+    // which pays where the colours asked for repeat.
+    explicit NearestColorFinder(const Palette<T, N> &palette, bool rememberAnswers = true)
+        : palette_(palette) {
         if constexpr (std::is_integral_v<T>)
-            grid_.emplace(palette);
-        else
+            grid_.emplace(palette, rememberAnswers);
+        else if (rememberAnswers)
             memo_.emplace();
     }
 
@@ -30,11 +33,17 @@ public:
             return grid_->find(target);
         } else {
             std::uint32_t index;
+            if (!memo_) return nearestColorIndex(palette_, target);
             if (memo_->recall(target, &index)) return index;
             index = nearestColorIndex(palette_, target);
             memo_->remember(target, index);
             return index;
         }
+    }
+
+    // A hint of what may be asked soon; answers do not depend on it.
+    void warm(const Color<T, N> &target) const {
+        if constexpr (std::is_integral_v<T>) grid_->warm(target);
     }
 
 private:

@@ -60,7 +60,7 @@ struct DiffusedError<T, true> {
     static Value difference(T wanted, T chosen) { return std::int32_t{wanted} - std::int32_t{chosen}; }
     static Value share(Value error, int sixteenths) { return error * sixteenths; }
 
-    static T corrected(T sample, Value error, Range range, T low, T high) {
+    [[gnu::always_inline]] static T corrected(T sample, Value error, Range range, T low, T high) {
         // A ratio of a quarter or more halves the error, of a half or more
         // quarters it, of three quarters or more takes an eighth. An empty or
         // inverted range damps nothing.

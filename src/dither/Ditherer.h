@@ -34,6 +34,7 @@ public:
     using Error = std::array<typename DiffusedError<T>::Value, N + 1>;
     static constexpr std::uint32_t kForward = 1;
     static constexpr std::uint32_t kBackward = 0xFFFFFFFF;  // -1 in unsigned arithmetic
+    static constexpr std::uint32_t kWarmAhead = 2;
 
     // The two flags are ignored on purpose: a ditherer made for a given
     // palette searches exhaustively and caches nothing.
@@ -70,6 +71,8 @@ protected:
                               std::uint32_t step);
     // Called before the first pixel of each row.
     void beginRow(std::uint32_t) {}
+    // Whether the colours asked for repeat often, as a picture's own do.
+    static constexpr bool kRepeatsColours = true;
     // Every final method class runs the scan over itself.
     virtual void mapSlice(const SliceOutput<T, N> &output) { scanAs(*this, output); }
 
@@ -95,7 +98,8 @@ protected:
     std::optional<ColorCellCache<T, N>> cache_;
     IntensityIndex intensityIndex_;
     PairDistanceTable pairDistances_;
-    // The exhaustive search, answered faster but to the same bit.
+    // The exhaustive search, answered faster but to the same bit; made for
+    // the method at its first slice.
     std::optional<NearestColorFinder<T, N>> nearest_;
 
 private:
@@ -132,10 +136,7 @@ Ditherer<T, N>::Ditherer(const Quant::Quantizer<T, N> &quantizer, std::uint32_t 
 
 template <typename T, int N>
 void Ditherer<T, N>::prepareSearch() {
-    if (!useSortedSearch_) {
-        nearest_.emplace(*palette_);
-        return;
-    }
+    if (!useSortedSearch_) return;
     sortByIntensity(*palette_);
     intensityIndex_.build(*palette_);
     pairDistances_.build(*palette_);
@@ -182,12 +183,16 @@ inline std::uint32_t Ditherer<T, N>::chooseIndex(const ColorType &wanted) {
 template <typename T, int N>
 template <class Method, class Writer>
 void Ditherer<T, N>::scan(Method &method, const Writer &write) {
+    if (!useSortedSearch_ && !nearest_) nearest_.emplace(*palette_, Method::kRepeatsColours);
     for (std::uint32_t row = 0; row < rows_; ++row) {
         const bool backward = row % 2 == 1;
         const std::uint32_t step = backward ? kBackward : kForward;
         std::uint32_t col = backward ? cols_ - 1 : 0;
         method.Method::beginRow(row);
         for (std::uint32_t visited = 0; visited < cols_; ++visited, col += step) {
+            // The pixel two ahead will be asked for near its own colour.
+            if (visited + kWarmAhead < cols_ && !useSortedSearch_)
+                nearest_->warm(ColorType(inputPixel(row, col + kWarmAhead * step)));
             const ColorType wanted = method.Method::pixelAt(row, col);
             const std::uint32_t index = chooseIndex(wanted);
             const ColorType &chosen = palette_->at(index);

@@ -177,7 +177,7 @@ void expectSameOnAdversarialPalettes(std::uint64_t state) {
         // A small limit makes the search drop and remake its lists as it goes.
         for (const std::size_t entryLimit : {std::size_t{0}, kind == 5 ? std::size_t{0} : std::size_t{64}}) {
             CandidateGrid<T, N> grid = entryLimit == 0 ? CandidateGrid<T, N>(palette)
-                                                       : CandidateGrid<T, N>(palette, entryLimit);
+                                                       : CandidateGrid<T, N>(palette, true, entryLimit);
             for (int t = 0; t < targets; ++t) {
                 const Color<T, N> target = adversarialTarget(palette.colors, state);
                 ASSERT_EQ(grid.find(target), nearestColorIndex(palette, target))
