@@ -71,8 +71,10 @@ protected:
                               std::uint32_t step);
     // Called before the first pixel of each row.
     void beginRow(std::uint32_t) {}
-    // Whether the colours asked for repeat often, as a picture's own do.
-    static constexpr bool kRepeatsColours = true;
+    // Whether each pixel waits for the one before. Without, the colours
+    // asked for are the picture's own, which repeat often; with, the errors
+    // added make most of them new.
+    static constexpr bool kDiffusesError = false;
     // Every final method class runs the scan over itself.
     virtual void mapSlice(const SliceOutput<T, N> &output) { scanAs(*this, output); }
 
@@ -183,15 +185,16 @@ inline std::uint32_t Ditherer<T, N>::chooseIndex(const ColorType &wanted) {
 template <typename T, int N>
 template <class Method, class Writer>
 void Ditherer<T, N>::scan(Method &method, const Writer &write) {
-    if (!useSortedSearch_ && !nearest_) nearest_.emplace(*palette_, Method::kRepeatsColours);
+    if (!useSortedSearch_ && !nearest_) nearest_.emplace(*palette_, !Method::kDiffusesError);
     for (std::uint32_t row = 0; row < rows_; ++row) {
         const bool backward = row % 2 == 1;
         const std::uint32_t step = backward ? kBackward : kForward;
         std::uint32_t col = backward ? cols_ - 1 : 0;
         method.Method::beginRow(row);
         for (std::uint32_t visited = 0; visited < cols_; ++visited, col += step) {
-            // The pixel two ahead will be asked for near its own colour.
-            if (visited + kWarmAhead < cols_ && !useSortedSearch_)
+            // The pixel two ahead will be asked for near its own colour; its
+            // search is then not kept waiting for memory.
+            if (Method::kDiffusesError && visited + kWarmAhead < cols_ && !useSortedSearch_)
                 nearest_->warm(ColorType(inputPixel(row, col + kWarmAhead * step)));
             const ColorType wanted = method.Method::pixelAt(row, col);
             const std::uint32_t index = chooseIndex(wanted);

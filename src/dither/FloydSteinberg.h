@@ -34,8 +34,7 @@ protected:
         ahead_ = Error{};
     }
     void mapSlice(const SliceOutput<T, N> &output) override { this->scanAs(*this, output); }
-    // The errors added make most colours asked for new.
-    static constexpr bool kRepeatsColours = false;
+    static constexpr bool kDiffusesError = true;
 
 private:
     using Arithmetic = DiffusedError<T>;
