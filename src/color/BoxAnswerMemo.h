@@ -11,13 +11,14 @@ namespace ColorUtilities {
 // of a grid, one block of slots per box, together with what the grid kept
 // for the box (List). Photographs repeat most of their colours, and the
 // colours asked for one after another lie in few boxes, so the blocks in use
-// stay in the processor's cache. A slot holds the index plus one; 0 is
-// unknown, and indices from kLimit on are not remembered.
+// stay in the processor's cache, which a byte a slot helps. A slot holds the
+// index, 0 standing for unknown: an answer of 0 is never remembered, and
+// palettes of more than kColors colours are not served.
 template <int N, int kLowBits, class List>
 class BoxAnswerMemo {
 public:
     static constexpr std::size_t kSlotsPerBox = std::size_t{1} << (kLowBits * (N + 1));
-    static constexpr std::uint32_t kLimit = 0xFFFF;
+    static constexpr std::size_t kColors = 256;
 
     // A new block for a box, holding the box's list; returns its number.
     std::uint32_t adopt(const List &list) {
@@ -30,7 +31,7 @@ public:
     // The slot of the colour whose samples, as offsets from the type's
     // lowest value, are `offsets`.
     template <class Offsets>
-    std::uint16_t &slot(std::uint32_t block, const Offsets &offsets) {
+    std::uint8_t &slot(std::uint32_t block, const Offsets &offsets) {
         return blocks_[block].slots[inside(offsets)];
     }
 
@@ -52,7 +53,7 @@ private:
 
     struct Block {
         List list;
-        std::array<std::uint16_t, kSlotsPerBox> slots;
+        std::array<std::uint8_t, kSlotsPerBox> slots;
     };
     std::vector<Block> blocks_;
 };

@@ -52,7 +52,7 @@ public:
             colors_.push_back(candidateOf(palette.colors[i], i));
         for (int level = 0; level <= kTableLevel; ++level)
             levels_[level] = ZeroedArray<Span>(std::size_t{1} << (level * (N + 1)));
-        remembering_ = kRemembers && rememberAnswers && palette.size() < Memo::kLimit;
+        remembering_ = kRemembers && rememberAnswers && palette.size() <= Memo::kColors;
     }
 
     // An empty palette answers 0, like the exhaustive search.
@@ -72,10 +72,10 @@ public:
         if constexpr (kRemembers) {
             if (remembering_) {
                 if (box.count != kRemembered) box = {memo_.adopt(box), kRemembered};
-                std::uint16_t &remembered = memo_.slot(box.at, offsets);
-                if (remembered != 0) return remembered - 1u;
+                std::uint8_t &remembered = memo_.slot(box.at, offsets);
+                if (remembered != 0) return remembered;
                 const std::uint32_t index = findWithin(memo_.listOf(box.at), offsets, wanted);
-                remembered = static_cast<std::uint16_t>(index + 1);
+                remembered = static_cast<std::uint8_t>(index);
                 return index;
             }
         }
