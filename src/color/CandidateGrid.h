@@ -53,6 +53,7 @@ public:
         for (int level = 0; level <= kTableLevel; ++level)
             levels_[level] = ZeroedArray<Span>(std::size_t{1} << (level * (N + 1)));
         remembering_ = kRemembers && rememberAnswers && palette.size() <= Memo::kColors;
+        inBoxLists_ = sizeof(T) == 1 && palette.size() <= 256;
     }
 
     // An empty palette answers 0, like the exhaustive search.
@@ -134,6 +135,11 @@ private:
     static constexpr std::uint32_t kCut = 0xFFFFFFFF;
     // A box of the table whose list is kept, with its answers, by the memo.
     static constexpr std::uint32_t kRemembered = 0xFFFFFFFE;
+    // A box of the table that keeps its list itself: the count is kInBox,
+    // the list's length times 2^16 and its fifth and sixth indices; `at`
+    // holds the first four. No list grows that long.
+    static constexpr std::uint32_t kInBox = 0xFD000000;
+    static constexpr std::uint32_t kInBoxMax = 6;
     using Memo = BoxAnswerMemo<N, kRemembers ? kLowBits : 0, Span>;
     struct ChildBlock {
         Span list;  // of the box that was cut
@@ -190,6 +196,7 @@ private:
 
     // Below the table's box, down the smaller boxes it was cut into.
     std::uint32_t findWithin(const Span &box, const Cells &offsets, const Samples &wanted) {
+        if (keptInBox(box)) return nearestInBox(box, wanted);
         const Span *found = &box;
         for (int level = kTableLevel + 1; found->count == kCut; ++level)
             found = &childList(*found, level, offsets);
@@ -221,8 +228,47 @@ private:
             for (std::uint32_t &cell : parent) cell >>= 1;
             span = listWithin(listOf(level - 1, parent), level, cells);
         }
-        if (level == kTableLevel) cutIfLong(span, level);
+        if (level == kTableLevel) {
+            cutIfLong(span, level);
+            keepInBoxIfShort(span);
+        }
         return span;
+    }
+
+    // A short list of a small palette's colours fits in its box's span, as
+    // indices, so that the box's colours are found without a further wait
+    // for memory: the palette itself stays in the processor's nearest cache.
+    void keepInBoxIfShort(Span &span) const {
+        if (!inBoxLists_ || span.count < 2 || span.count > kInBoxMax) return;
+        std::uint64_t indices = 0;
+        for (std::uint32_t i = span.count; i-- > 0;) indices = indices << 8 | entries_[span.at + i].index;
+        span = {static_cast<std::uint32_t>(indices),
+                kInBox | span.count << 16 | static_cast<std::uint32_t>(indices >> 32)};
+    }
+
+    static bool keptInBox(const Span &span) { return (span.count & 0xFF000000) == kInBox; }
+
+    std::uint32_t nearestInBox(const Span &span, const Samples &wanted) const {
+        const std::uint32_t count = span.count >> 16 & 0xFF;
+        std::uint64_t indices = std::uint64_t{span.count & 0xFFFF} << 32 | span.at;
+        std::uint64_t least = std::numeric_limits<std::uint64_t>::max();
+        for (std::uint32_t i = 0; i < count; ++i, indices >>= 8)
+            least = std::min(least, packedOrder(colors_[indices & 0xFF], wanted));
+        return static_cast<std::uint32_t>(least & 0xFF);
+    }
+
+    // The whole order of the exhaustive search (distance, channel
+    // differences, index) in one number, for byte samples and indices below
+    // 256: a short list is then scanned whole, without a branch that depends
+    // on the colours.
+    static std::uint64_t packedOrder(const Candidate &c, const Samples &target) {
+        std::uint64_t distance = 0, differences = 0;
+        for (int k = 0; k <= N; ++k) {
+            const std::int32_t d = std::int32_t{c.samples[k]} - target[k];
+            distance += static_cast<std::uint64_t>(d * d);
+            differences = differences << 8 | static_cast<std::uint64_t>(std::abs(d));
+        }
+        return (distance << (8 * (N + 1)) | differences) << 8 | c.index;
     }
 
     // The smaller box at `level` inside a cut box of the level above, by the
@@ -380,6 +426,7 @@ private:
     std::vector<Candidate> entries_;
     std::vector<Candidate> scratch_;
     bool remembering_ = false;
+    bool inBoxLists_ = false;
     Memo memo_;
 };
 

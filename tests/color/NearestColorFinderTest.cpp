@@ -174,14 +174,18 @@ void expectSameOnAdversarialPalettes(std::uint64_t state) {
         Palette<T, N> palette(0);
         palette.colors = adversarialPalette<T, N>(kind, state);
         const int targets = kind == 5 ? 60 : 1500;
-        // A small limit makes the search drop and remake its lists as it goes.
+        // A small limit makes the search drop and remake its lists as it
+        // goes; without remembering, every answer comes from the lists.
         for (const std::size_t entryLimit : {std::size_t{0}, kind == 5 ? std::size_t{0} : std::size_t{64}}) {
-            CandidateGrid<T, N> grid = entryLimit == 0 ? CandidateGrid<T, N>(palette)
-                                                       : CandidateGrid<T, N>(palette, true, entryLimit);
-            for (int t = 0; t < targets; ++t) {
-                const Color<T, N> target = adversarialTarget(palette.colors, state);
-                ASSERT_EQ(grid.find(target), nearestColorIndex(palette, target))
-                    << "palette kind " << kind << ", target " << t << ", limit " << entryLimit;
+            for (const bool remember : {true, false}) {
+                CandidateGrid<T, N> grid = entryLimit == 0 ? CandidateGrid<T, N>(palette, remember)
+                                                           : CandidateGrid<T, N>(palette, remember, entryLimit);
+                for (int t = 0; t < targets; ++t) {
+                    const Color<T, N> target = adversarialTarget(palette.colors, state);
+                    ASSERT_EQ(grid.find(target), nearestColorIndex(palette, target))
+                        << "palette kind " << kind << ", target " << t << ", limit " << entryLimit
+                        << (remember ? ", remembering" : "");
+                }
             }
         }
     }
