@@ -31,7 +31,10 @@ public:
                 return;
             }
         }
-        if (PaletteTree<T, N>::searchable(palette)) tree_.emplace(palette);
+        if (PaletteTree<T, N>::searchable(palette)) {
+            tree_ = PaletteTree<T, N>(palette);
+            treeSearches_ = true;
+        }
         if (rememberAnswers) memo_.emplace();
     }
 
@@ -40,7 +43,7 @@ public:
             if (grid_) return grid_->find(target);
         std::uint32_t index;
         if (memo_ && memo_->recall(target, &index)) return index;
-        index = tree_ && finite(target) ? tree_->find(target) : nearestColorIndex(palette_, target);
+        index = treeSearches_ && finite(target) ? tree_.find(target) : nearestColorIndex(palette_, target);
         if (memo_) memo_->remember(target, index);
         return index;
     }
@@ -66,7 +69,10 @@ private:
 
     const Palette<T, N> &palette_;
     std::optional<std::conditional_t<kIntegral, CandidateGrid<T, N>, std::monostate>> grid_;
-    std::optional<PaletteTree<T, N>> tree_;
+    // Empty unless it searches: an optional here trips a false warning of
+    // uninitialised use in some builds.
+    PaletteTree<T, N> tree_;
+    bool treeSearches_ = false;
     std::optional<NearestColorMemo<T, N>> memo_;
 };
 

@@ -28,6 +28,7 @@ namespace ColorUtilities {
 template <typename T, int N>
 class PaletteTree {
 public:
+    PaletteTree() = default;
     explicit PaletteTree(const Palette<T, N> &palette) {
         entries_.reserve(palette.size());
         for (std::uint32_t i = 0; i < palette.size(); ++i) entries_.push_back({palette.colors[i], i});
