@@ -10,6 +10,7 @@
 #include <type_traits>
 #include <vector>
 
+#include "color/BoxAnswerMemo.h"
 #include "color/Palette.h"
 #include "color/ZeroedArray.h"
 
@@ -41,8 +42,9 @@ class CandidateGrid {
 public:
     // Past entryLimit listed colours (256 MB by default) every list is dropped
     // and made again on demand, which bounds the memory of large palettes on
-    // varied images.
-    explicit CandidateGrid(const Palette<T, N> &palette,
+    // varied images. Remembering answers pays where colours repeat and
+    // costs where they do not: its blocks crowd the processor's cache.
+    explicit CandidateGrid(const Palette<T, N> &palette, bool rememberAnswers = true,
                            std::size_t entryLimit = (std::size_t{256} << 20) / sizeof(Candidate))
         : entryLimit_(entryLimit) {
         colors_.reserve(palette.size());
@@ -50,6 +52,8 @@ public:
             colors_.push_back(candidateOf(palette.colors[i], i));
         for (int level = 0; level <= kTableLevel; ++level)
             levels_[level] = ZeroedArray<Span>(std::size_t{1} << (level * (N + 1)));
+        remembering_ = kRemembers && rememberAnswers && palette.size() <= Memo::kColors;
+        inBoxLists_ = sizeof(T) == 1 && palette.size() <= 256;
     }
 
     // An empty palette answers 0, like the exhaustive search.
@@ -64,24 +68,34 @@ public:
             cells[k] = offsets[k] >> (kSampleBits - kTableLevel);
         }
         if (!byFirstChannel_.empty()) return walkFirstChannel(wanted);
-        const Span *found = &listOf(kTableLevel, cells);
-        for (int level = kTableLevel + 1; found->count == kCut; ++level)
-            found = &childList(*found, level, offsets);
-        const Span span = *found;
-        if (span.count == 1) return span.at;
-        const Candidate *candidate = entries_.data() + span.at;
-        const Candidate *end = candidate + span.count;
-        const Candidate *best = candidate;
-        Distance bestDistance = distanceOf(*candidate, wanted);
-        for (++candidate; candidate != end && candidate->boxDistance <= bestDistance; ++candidate) {
-            const Distance distance = distanceOf(*candidate, wanted);
-            if (distance < bestDistance ||
-                (distance == bestDistance && before(*candidate, *best, wanted))) {
-                best = candidate;
-                bestDistance = distance;
+        Span &box = listOf(kTableLevel, cells);
+        if (box.count == 1) return box.at;
+        if constexpr (kRemembers) {
+            if (remembering_) {
+                if (box.count != kRemembered) box = {memo_.adopt(box), kRemembered};
+                std::uint8_t &remembered = memo_.slot(box.at, offsets);
+                if (remembered != 0) return remembered;
+                const std::uint32_t index = findWithin(memo_.listOf(box.at), offsets, wanted);
+                remembered = static_cast<std::uint8_t>(index);
+                return index;
             }
         }
-        return best->index;
+        return findWithin(box, offsets, wanted);
+    }
+
+    // Brings into the cache what find(target) will read first, when known:
+    // a caller that knows roughly what it will ask next asks for it here a
+    // little ahead, so that the wait for memory overlaps other work.
+    void warm(const Color<T, N> &target) const {
+        if constexpr (kRemembers) {
+            Cells offsets, cells;
+            for (int k = 0; k <= N; ++k) {
+                offsets[k] = offsetOf(target[k]);
+                cells[k] = offsets[k] >> kLowBits;
+            }
+            const Span &box = levels_[kTableLevel][keyOf(kTableLevel, cells)];
+            if (box.count == kRemembered) memo_.warm(box.at, offsets);
+        }
     }
 
 private:
@@ -93,6 +107,9 @@ private:
     static constexpr std::uint32_t kLongList = 16;
     static constexpr std::size_t kChildren = std::size_t{1} << (N + 1);
     static constexpr std::int32_t kLowest = std::numeric_limits<T>::lowest();
+    // Exact colours are remembered where a box holds few of them.
+    static constexpr int kLowBits = kSampleBits - kTableLevel;
+    static constexpr bool kRemembers = kLowBits * (N + 1) <= 6;
 
     // Squared distances: 8-bit ones fit in 32 bits.
     using Distance = std::conditional_t<sizeof(T) == 1, std::int32_t, std::int64_t>;
@@ -116,6 +133,14 @@ private:
         std::uint32_t count;
     };
     static constexpr std::uint32_t kCut = 0xFFFFFFFF;
+    // A box of the table whose list is kept, with its answers, by the memo.
+    static constexpr std::uint32_t kRemembered = 0xFFFFFFFE;
+    // A box of the table that keeps its list itself: the count is kInBox,
+    // the list's length times 2^16 and its fifth and sixth indices; `at`
+    // holds the first four. No list grows that long.
+    static constexpr std::uint32_t kInBox = 0xFD000000;
+    static constexpr std::uint32_t kInBoxMax = 6;
+    using Memo = BoxAnswerMemo<N, kRemembers ? kLowBits : 0, Span>;
     struct ChildBlock {
         Span list;  // of the box that was cut
         std::array<Span, kChildren> boxes;
@@ -151,10 +176,45 @@ private:
         return a.index < b.index;
     }
 
+    // The channels' cells with their bits interleaved, so that boxes near in
+    // every channel lie near in the table: successive targets of a picture
+    // then share cache lines.
     static std::size_t keyOf(int level, const Cells &cells) {
+        (void)level;
         std::size_t key = 0;
-        for (int k = 0; k <= N; ++k) key = key << level | cells[k];
+        for (int k = 0; k <= N; ++k) key |= std::size_t{kSpread[cells[k]]} << (N - k);
         return key;
+    }
+
+    // v's bits, N+1 places apart.
+    static constexpr std::array<std::uint32_t, 256> kSpread = [] {
+        std::array<std::uint32_t, 256> spread{};
+        for (std::uint32_t v = 0; v < 256; ++v)
+            for (int bit = 0; bit < 8; ++bit) spread[v] |= (v >> bit & 1u) << (bit * (N + 1));
+        return spread;
+    }();
+
+    // Below the table's box, down the smaller boxes it was cut into.
+    std::uint32_t findWithin(const Span &box, const Cells &offsets, const Samples &wanted) {
+        if (keptInBox(box)) return nearestInBox(box, wanted);
+        const Span *found = &box;
+        for (int level = kTableLevel + 1; found->count == kCut; ++level)
+            found = &childList(*found, level, offsets);
+        const Span span = *found;
+        if (span.count == 1) return span.at;
+        const Candidate *candidate = entries_.data() + span.at;
+        const Candidate *end = candidate + span.count;
+        const Candidate *best = candidate;
+        Distance bestDistance = distanceOf(*candidate, wanted);
+        for (++candidate; candidate != end && candidate->boxDistance <= bestDistance; ++candidate) {
+            const Distance distance = distanceOf(*candidate, wanted);
+            if (distance < bestDistance ||
+                (distance == bestDistance && before(*candidate, *best, wanted))) {
+                best = candidate;
+                bestDistance = distance;
+            }
+        }
+        return best->index;
     }
 
     // A box of the table's levels, its list made with its parents' if need be.
@@ -168,8 +228,47 @@ private:
             for (std::uint32_t &cell : parent) cell >>= 1;
             span = listWithin(listOf(level - 1, parent), level, cells);
         }
-        if (level == kTableLevel) cutIfLong(span, level);
+        if (level == kTableLevel) {
+            cutIfLong(span, level);
+            keepInBoxIfShort(span);
+        }
         return span;
+    }
+
+    // A short list of a small palette's colours fits in its box's span, as
+    // indices, so that the box's colours are found without a further wait
+    // for memory: the palette itself stays in the processor's nearest cache.
+    void keepInBoxIfShort(Span &span) const {
+        if (!inBoxLists_ || span.count < 2 || span.count > kInBoxMax) return;
+        std::uint64_t indices = 0;
+        for (std::uint32_t i = span.count; i-- > 0;) indices = indices << 8 | entries_[span.at + i].index;
+        span = {static_cast<std::uint32_t>(indices),
+                kInBox | span.count << 16 | static_cast<std::uint32_t>(indices >> 32)};
+    }
+
+    static bool keptInBox(const Span &span) { return (span.count & 0xFF000000) == kInBox; }
+
+    std::uint32_t nearestInBox(const Span &span, const Samples &wanted) const {
+        const std::uint32_t count = span.count >> 16 & 0xFF;
+        std::uint64_t indices = std::uint64_t{span.count & 0xFFFF} << 32 | span.at;
+        std::uint64_t least = std::numeric_limits<std::uint64_t>::max();
+        for (std::uint32_t i = 0; i < count; ++i, indices >>= 8)
+            least = std::min(least, packedOrder(colors_[indices & 0xFF], wanted));
+        return static_cast<std::uint32_t>(least & 0xFF);
+    }
+
+    // The whole order of the exhaustive search (distance, channel
+    // differences, index) in one number, for byte samples and indices below
+    // 256: a short list is then scanned whole, without a branch that depends
+    // on the colours.
+    static std::uint64_t packedOrder(const Candidate &c, const Samples &target) {
+        std::uint64_t distance = 0, differences = 0;
+        for (int k = 0; k <= N; ++k) {
+            const std::int32_t d = std::int32_t{c.samples[k]} - target[k];
+            distance += static_cast<std::uint64_t>(d * d);
+            differences = differences << 8 | static_cast<std::uint64_t>(std::abs(d));
+        }
+        return (distance << (8 * (N + 1)) | differences) << 8 | c.index;
     }
 
     // The smaller box at `level` inside a cut box of the level above, by the
@@ -288,6 +387,7 @@ private:
         for (ZeroedArray<Span> &level : levels_) std::fill(level.begin(), level.end(), Span{});
         children_.clear();
         entries_.clear();
+        memo_.clear();
     }
 
     // From the nearest first sample outwards, each way until the first
@@ -325,6 +425,9 @@ private:
     std::deque<ChildBlock> children_;  // a deque keeps the spans in place as it grows
     std::vector<Candidate> entries_;
     std::vector<Candidate> scratch_;
+    bool remembering_ = false;
+    bool inBoxLists_ = false;
+    Memo memo_;
 };
 
 }  // namespace ColorUtilities

@@ -17,6 +17,7 @@
 #include "color/Palette.h"
 #include "color/Quantizer.h"
 #include "color/SortedSearch.h"
+#include "dither/DiffusedError.h"
 #include "dither/SliceOutput.h"
 
 namespace ColorUtilities {
@@ -29,9 +30,11 @@ template <typename T, int N>
 class Ditherer {
 public:
     using ColorType = Color<T, N>;
-    using Error = std::array<double, N + 1>;
+    // Per channel, in the arithmetic that diffusion uses for T.
+    using Error = std::array<typename DiffusedError<T>::Value, N + 1>;
     static constexpr std::uint32_t kForward = 1;
     static constexpr std::uint32_t kBackward = 0xFFFFFFFF;  // -1 in unsigned arithmetic
+    static constexpr std::uint32_t kWarmAhead = 2;
 
     // The two flags are ignored on purpose: a ditherer made for a given
     // palette searches exhaustively and caches nothing.
@@ -68,6 +71,10 @@ protected:
                               std::uint32_t step);
     // Called before the first pixel of each row.
     void beginRow(std::uint32_t) {}
+    // Whether each pixel waits for the one before. Without, the colours
+    // asked for are the picture's own, which repeat often; with, the errors
+    // added make most of them new.
+    static constexpr bool kDiffusesError = false;
     // Every final method class runs the scan over itself.
     virtual void mapSlice(const SliceOutput<T, N> &output) { scanAs(*this, output); }
 
@@ -87,13 +94,14 @@ protected:
     bool useCache_ = false;
     bool useSortedSearch_ = false;
     SharedPalette<T, N> palette_;
-    std::vector<std::array<double, N + 1>> methodState_;
+    std::vector<Error> methodState_;
     ColorBounds<T, N> bounds_;
     // Only a ditherer that caches has one: it takes up to 64 MB.
     std::optional<ColorCellCache<T, N>> cache_;
     IntensityIndex intensityIndex_;
     PairDistanceTable pairDistances_;
-    // The exhaustive search, answered faster but to the same bit.
+    // The exhaustive search, answered faster but to the same bit; made for
+    // the method at its first slice.
     std::optional<NearestColorFinder<T, N>> nearest_;
 
 private:
@@ -130,10 +138,7 @@ Ditherer<T, N>::Ditherer(const Quant::Quantizer<T, N> &quantizer, std::uint32_t 
 
 template <typename T, int N>
 void Ditherer<T, N>::prepareSearch() {
-    if (!useSortedSearch_) {
-        nearest_.emplace(*palette_);
-        return;
-    }
+    if (!useSortedSearch_) return;
     sortByIntensity(*palette_);
     intensityIndex_.build(*palette_);
     pairDistances_.build(*palette_);
@@ -180,12 +185,17 @@ inline std::uint32_t Ditherer<T, N>::chooseIndex(const ColorType &wanted) {
 template <typename T, int N>
 template <class Method, class Writer>
 void Ditherer<T, N>::scan(Method &method, const Writer &write) {
+    if (!useSortedSearch_ && !nearest_) nearest_.emplace(*palette_, !Method::kDiffusesError);
     for (std::uint32_t row = 0; row < rows_; ++row) {
         const bool backward = row % 2 == 1;
         const std::uint32_t step = backward ? kBackward : kForward;
         std::uint32_t col = backward ? cols_ - 1 : 0;
         method.Method::beginRow(row);
         for (std::uint32_t visited = 0; visited < cols_; ++visited, col += step) {
+            // The pixel two ahead will be asked for near its own colour; its
+            // search is then not kept waiting for memory.
+            if (Method::kDiffusesError && visited + kWarmAhead < cols_ && !useSortedSearch_)
+                nearest_->warm(ColorType(inputPixel(row, col + kWarmAhead * step)));
             const ColorType wanted = method.Method::pixelAt(row, col);
             const std::uint32_t index = chooseIndex(wanted);
             const ColorType &chosen = palette_->at(index);

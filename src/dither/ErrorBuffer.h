@@ -17,10 +17,10 @@ namespace ColorUtilities {
 // on each side, and the row below the last one is never read, so errors
 // pushed off the image land somewhere and are lost. Columns are 32-bit
 // unsigned, so a step of -1 is 0xFFFFFFFF and wraps into the left guards.
-template <int N>
+template <typename Value, int N>
 class ErrorBuffer {
 public:
-    using Cell = std::array<double, N + 1>;
+    using Cell = std::array<Value, N + 1>;
 
     ErrorBuffer(std::vector<Cell> &cells, std::uint32_t cols) : cells_(cells), cols_(cols) {}
 

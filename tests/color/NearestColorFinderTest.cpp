@@ -11,10 +11,10 @@
 #include <vector>
 
 #include <gtest/gtest.h>
-#include <spng.h>
 
 #include "color/NearestColor.h"
 #include "ForEachInstantiation.h"
+#include "SamplePhotographs.h"
 #include "color/CandidateGrid.h"
 #include "color/NearestColorFinder.h"
 
@@ -174,14 +174,18 @@ void expectSameOnAdversarialPalettes(std::uint64_t state) {
         Palette<T, N> palette(0);
         palette.colors = adversarialPalette<T, N>(kind, state);
         const int targets = kind == 5 ? 60 : 1500;
-        // A small limit makes the search drop and remake its lists as it goes.
+        // A small limit makes the search drop and remake its lists as it
+        // goes; without remembering, every answer comes from the lists.
         for (const std::size_t entryLimit : {std::size_t{0}, kind == 5 ? std::size_t{0} : std::size_t{64}}) {
-            CandidateGrid<T, N> grid = entryLimit == 0 ? CandidateGrid<T, N>(palette)
-                                                       : CandidateGrid<T, N>(palette, entryLimit);
-            for (int t = 0; t < targets; ++t) {
-                const Color<T, N> target = adversarialTarget(palette.colors, state);
-                ASSERT_EQ(grid.find(target), nearestColorIndex(palette, target))
-                    << "palette kind " << kind << ", target " << t << ", limit " << entryLimit;
+            for (const bool remember : {true, false}) {
+                CandidateGrid<T, N> grid = entryLimit == 0 ? CandidateGrid<T, N>(palette, remember)
+                                                           : CandidateGrid<T, N>(palette, remember, entryLimit);
+                for (int t = 0; t < targets; ++t) {
+                    const Color<T, N> target = adversarialTarget(palette.colors, state);
+                    ASSERT_EQ(grid.find(target), nearestColorIndex(palette, target))
+                        << "palette kind " << kind << ", target " << t << ", limit " << entryLimit
+                        << (remember ? ", remembering" : "");
+                }
             }
         }
     }
@@ -214,27 +218,11 @@ TEST(CandidateGrid, AnswersAsTheExhaustiveSearchForEveryByteTarget) {
     }
 }
 
-// The pixels of real photographs, when Debian's samples are installed.
-std::vector<unsigned char> photographSamples(const std::filesystem::path &path) {
-    std::vector<unsigned char> rgb;
-    std::unique_ptr<std::FILE, int (*)(std::FILE *)> file(std::fopen(path.c_str(), "rb"), std::fclose);
-    if (!file) return rgb;
-    std::unique_ptr<spng_ctx, void (*)(spng_ctx *)> png(spng_ctx_new(0), spng_ctx_free);
-    std::size_t size = 0;
-    if (spng_set_png_file(png.get(), file.get()) != 0 ||
-        spng_decoded_image_size(png.get(), SPNG_FMT_RGB8, &size) != 0)
-        return rgb;
-    rgb.resize(size);
-    if (spng_decode_image(png.get(), rgb.data(), size, SPNG_FMT_RGB8, 0) != 0) rgb.clear();
-    return rgb;
-}
-
 TEST(CandidateGrid, AnswersAsTheExhaustiveSearchOnPhotographs) {
-    const std::filesystem::path samples = "/usr/lib/python3/dist-packages/skimage/data";
     int photographs = 0;
     std::uint64_t state = 11;
-    for (const char *name : {"astronaut.png", "coffee.png", "chelsea.png"}) {
-        const std::vector<unsigned char> rgb = photographSamples(samples / name);
+    for (const char *name : tarvex_test::kSamplePhotographNames) {
+        const std::vector<unsigned char> rgb = tarvex_test::samplePhotograph(name).rgb;
         if (rgb.empty()) continue;
         ++photographs;
         const std::size_t pixels = rgb.size() / 3;
@@ -247,7 +235,7 @@ TEST(CandidateGrid, AnswersAsTheExhaustiveSearchOnPhotographs) {
             ASSERT_EQ(grid.find(target), nearestColorIndex(palette, target)) << name << " " << p;
         }
     }
-    if (photographs == 0) GTEST_SKIP() << "no sample photographs in " << samples;
+    if (photographs == 0) GTEST_SKIP() << "no sample photographs in " << tarvex_test::kSamplePhotographs;
 }
 
 }  // namespace
