@@ -49,17 +49,17 @@ void expectAsReference(const Picture &picture, Widen widen, const char *name) {
     for (const std::size_t pixel : picture.picks)
         colorMap.insert(colorMap.end(), samples.begin() + pixel * C, samples.begin() + pixel * C + C);
     const ImageShape shape{0, kWidth, kHeight, C};
-    OwnedImage image(newImage<T>(shape, samples));
-    OwnedRawArray map(newRawArray<T>({static_cast<mint>(picture.picks.size()), C}, colorMap));
+    rh::Image image(newImage<T>(shape, samples));
+    rh::RawArray map(newRawArray<T>({static_cast<mint>(picture.picks.size()), C}, colorMap));
     for (const bool diffuse : {false, true}) {
         SCOPED_TRACE(::testing::Message() << name << (diffuse ? " diffused" : " plain") << ", "
                                           << picture.picks.size() << " colours");
         MImage answer = nullptr;
-        ASSERT_EQ(callDitherImage({image.handle, map.handle, diffuse ? "FloydSteinberg" : "None",
+        ASSERT_EQ(callDitherImage({image.get(), map.get(), diffuse ? "FloydSteinberg" : "None",
                                    false, false},
                                   &answer),
                   0);
-        OwnedImage result(answer);
+        rh::Image result(answer);
         ASSERT_EQ(samplesOf<T>(answer), (referenceDither<T, C>(samples, shape, colorMap, diffuse)));
     }
 }
