@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "Command.h"
+#include "Options.h"
 #include "PluginDiscovery.h"
 
 namespace tarvex_cli {
@@ -53,41 +54,24 @@ bool asksForHelp(const std::vector<std::string> &args) {
     return false;
 }
 
-enum class Request { RunCommand, Help, Version };
-
-// Global options come before the command's name; `i` ends at the name.
-Request readGlobalOptions(const std::vector<std::string> &words, std::size_t &i) {
-    while (i < words.size() && words[i].rfind("-", 0) == 0) {
-        const std::string &word = words[i];
-        if (word == "--help" || word == "-h") {
-            return Request::Help;
-        } else if (word == "--version") {
-            return Request::Version;
-        } else if (word == "--plugin") {
-            if (i + 1 >= words.size()) throw usageError("--plugin needs a path");
-            setPluginPath(words[i + 1]);
-            i += 2;
-        } else if (word.rfind("--plugin=", 0) == 0) {
-            setPluginPath(word.substr(9));
-            ++i;
-        } else {
-            throw usageError("unknown option '" + word + "'; see tarvex --help");
-        }
-    }
-    return Request::RunCommand;
-}
+const std::vector<OptionSpec> kGlobalOptions{{"--help", "-h"}, {"--version"}, {"--plugin", {}, true}};
 
 int run(const std::vector<std::string> &words) {
-    std::size_t at = 0;
-    switch (readGlobalOptions(words, at)) {
-    case Request::Help: printUsage(); return 0;
-    case Request::Version: std::cout << "tarvex " << TARVEX_VERSION << '\n'; return 0;
-    case Request::RunCommand: break;
+    const ParsedOptions global = readOptions("", words, kGlobalOptions, OptionPlacement::BeforeOperands);
+    if (global.has("--help")) {
+        printUsage();
+        return 0;
     }
-    if (at >= words.size()) throw usageError("no command given; see tarvex --help");
-    const Command *command = findCommand(words[at]);
-    if (command == nullptr) throw usageError("unknown command '" + words[at] + "'; see tarvex --help");
-    const std::vector<std::string> args(words.begin() + static_cast<std::ptrdiff_t>(at) + 1, words.end());
+    if (global.has("--version")) {
+        std::cout << "tarvex " << TARVEX_VERSION << '\n';
+        return 0;
+    }
+    if (auto path = global.value("--plugin")) setPluginPath(*path);
+    const std::vector<std::string> &rest = global.operands();
+    if (rest.empty()) throw usageError("no command given; see tarvex --help");
+    const Command *command = findCommand(rest.front());
+    if (command == nullptr) throw usageError("unknown command '" + rest.front() + "'; see tarvex --help");
+    const std::vector<std::string> args(rest.begin() + 1, rest.end());
     if (asksForHelp(args)) {
         std::cout << command->help;
         return 0;

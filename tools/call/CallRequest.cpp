@@ -5,6 +5,7 @@
 
 #include "Command.h"
 #include "NumberText.h"
+#include "Options.h"
 
 namespace tarvex_cli {
 namespace {
@@ -43,27 +44,6 @@ constexpr std::array<std::pair<std::string_view, int>, 3> kTables{{
     {"no-raw-arrays", RH_TABLE_WITHOUT_RAW_ARRAYS},
 }};
 
-// Options take their value as the next word or after '='.
-class Words {
-public:
-    explicit Words(const std::vector<std::string> &words) : words_(words) {}
-
-    bool done() const { return next_ >= words_.size(); }
-    const std::string &take() { return words_[next_++]; }
-
-    std::string valueOf(const std::string &option, std::string &name) {
-        std::size_t equals = option.find('=');
-        name = option.substr(0, equals);
-        if (equals != std::string::npos) return option.substr(equals + 1);
-        if (done()) throw usageError(name + " needs a value");
-        return take();
-    }
-
-private:
-    const std::vector<std::string> &words_;
-    std::size_t next_ = 0;
-};
-
 template <typename Table>
 auto lookUp(const Table &table, std::string_view name) -> std::optional<decltype(table[0].second)> {
     for (const auto &[key, value] : table)
@@ -71,35 +51,29 @@ auto lookUp(const Table &table, std::string_view name) -> std::optional<decltype
     return std::nullopt;
 }
 
-bool takesValue(std::string_view name) {
-    return name == "--result" || name == "--out" || name == "--table" || name == "--argc";
-}
+const std::vector<OptionSpec> kCallOptions{{"--result", {}, true}, {"--out", {}, true}, {"--table", {}, true},
+                                           {"--argc", {}, true},   {"--no-init"},          {"--books"}};
 
-void applyOption(const std::string &option, Words &words, CallRequest &request, bool &resultGiven) {
-    std::string name = option.substr(0, option.find('='));
-    if (!takesValue(name)) {
-        if (name != option) throw usageError(name + " takes no value");
-        if (option == "--no-init") request.initialize = false;
-        else if (option == "--books") request.books = true;
-        else throw usageError("unknown option '" + option + "' for call; see tarvex call --help");
-        return;
-    }
-    const std::string value = words.valueOf(option, name);
-    if (name == "--result") {
-        auto kind = findResultKind(value);
-        if (!kind) throw usageError("--result takes none, boolean, integer, real, string, image, raw-array or tensor, not '" + value + "'");
+void applyOptions(const ParsedOptions &parsed, CallRequest &request) {
+    request.initialize = !parsed.has("--no-init");
+    request.books = parsed.has("--books");
+    if (auto value = parsed.value("--result")) {
+        auto kind = findResultKind(*value);
+        if (!kind) throw usageError("--result takes none, boolean, integer, real, string, image, raw-array or tensor, not '" + *value + "'");
         request.result = *kind;
-        resultGiven = true;
-    } else if (name == "--out") {
-        if (value.empty()) throw usageError("--out needs a file name");
-        request.outPath = value;
-    } else if (name == "--table") {
-        auto table = lookUp(kTables, value);
-        if (!table) throw usageError("--table takes full, no-images or no-raw-arrays, not '" + value + "'");
+    }
+    if (auto value = parsed.value("--out")) {
+        if (value->empty()) throw usageError("--out needs a file name");
+        request.outPath = *value;
+    }
+    if (auto value = parsed.value("--table")) {
+        auto table = lookUp(kTables, *value);
+        if (!table) throw usageError("--table takes full, no-images or no-raw-arrays, not '" + *value + "'");
         request.table = *table;
-    } else {
-        auto count = parseInt64(value);
-        if (!count || *count < 0) throw usageError("--argc takes a count of at least 0, not '" + value + "'");
+    }
+    if (auto value = parsed.value("--argc")) {
+        auto count = parseInt64(*value);
+        if (!count || *count < 0) throw usageError("--argc takes a count of at least 0, not '" + *value + "'");
         request.argc = *count;
     }
 }
@@ -124,25 +98,13 @@ std::optional<RhKind> defaultResultKind(std::string_view name) { return lookUp(k
 std::optional<RhKind> findResultKind(std::string_view name) { return lookUp(kResultKinds, name); }
 
 CallRequest parseCallRequest(const std::vector<std::string> &args) {
+    const ParsedOptions parsed = readOptions("call", args, kCallOptions);
+    if (parsed.operands().empty()) throw usageError("call needs the name of an export; see tarvex call --help");
     CallRequest request;
-    Words words(args);
-    bool resultGiven = false;
-    bool optionsEnded = false;
-    bool haveExport = false;
-    while (!words.done()) {
-        const std::string &word = words.take();
-        if (!optionsEnded && word == "--") {
-            optionsEnded = true;
-        } else if (!optionsEnded && word.rfind("--", 0) == 0) {
-            applyOption(word, words, request, resultGiven);
-        } else if (!haveExport) {
-            request.exportName = word;
-            haveExport = true;
-        } else {
-            request.arguments.push_back(word);
-        }
-    }
-    if (!haveExport) throw usageError("call needs the name of an export; see tarvex call --help");
+    applyOptions(parsed, request);
+    const bool resultGiven = parsed.has("--result");
+    request.exportName = parsed.operands().front();
+    request.arguments.assign(parsed.operands().begin() + 1, parsed.operands().end());
     if (!request.initialize && request.table != RH_TABLE_FULL)
         throw usageError("--no-init and --table exclude each other");
     request.linkExport = isLinkExport(request.exportName);

@@ -6,10 +6,10 @@
 
 #include "BinaryFiles.h"
 #include "Command.h"
-#include "ElementTypes.h"
 #include "HostTable.h"
 #include "ImageFiles.h"
 #include "KeyValues.h"
+#include "TypeNames.h"
 
 namespace tarvex_cli {
 namespace {

@@ -2,10 +2,10 @@
 #include <string>
 
 #include "Command.h"
-#include "DitherSampleImage.h"
 #include "HostTable.h"
 #include "ImageFiles.h"
-#include "NumberText.h"
+#include "Options.h"
+#include "SamplePicture.h"
 #include "refhost/refhost.hpp"
 
 namespace tarvex_cli {
@@ -19,30 +19,19 @@ the same for the same size on every run. Default size 640 x 480.
 
 constexpr std::int64_t kLargestSide = 16384;
 
-std::int64_t sideOption(const std::string &name, const std::string &text) {
-    const auto value = parseInt64(text);
-    if (!value || *value < 1 || *value > kLargestSide)
-        throw usageError("sample-image: " + name + " is a whole number from 1 to " + std::to_string(kLargestSide));
-    return *value;
+const std::vector<OptionSpec> kSampleImageOptions{{"--width", {}, true}, {"--height", {}, true}};
+
+std::int64_t side(const ParsedOptions &parsed, std::string_view option, std::int64_t fallback) {
+    const auto text = parsed.value(option);
+    return text ? wholeNumberOption("sample-image", option, *text, 1, kLargestSide) : fallback;
 }
 
 int runSampleImage(const std::vector<std::string> &args) {
-    std::string output;
-    std::int64_t width = 640, height = 480;
-    for (std::size_t i = 0; i < args.size(); ++i) {
-        const std::string &word = args[i];
-        if (word == "--width" || word == "--height") {
-            if (i + 1 >= args.size()) throw usageError("sample-image: " + word + " needs a value");
-            (word == "--width" ? width : height) = sideOption(word, args[++i]);
-        } else if (word.starts_with("-")) {
-            throw usageError("sample-image: unknown option " + word);
-        } else if (output.empty()) {
-            output = word;
-        } else {
-            throw usageError("sample-image: one output file only");
-        }
-    }
-    if (output.empty()) throw usageError("sample-image: give an output file");
+    const ParsedOptions parsed = readOptions("sample-image", args, kSampleImageOptions);
+    if (parsed.operands().size() > 1) throw usageError("sample-image: one output file only");
+    if (parsed.operands().empty()) throw usageError("sample-image: give an output file");
+    const std::string &output = parsed.operands().front();
+    const std::int64_t width = side(parsed, "--width", 640), height = side(parsed, "--height", 480);
     const auto samples =
         tarvex_sample::samplePicture(static_cast<std::uint32_t>(width), static_cast<std::uint32_t>(height));
     MImage image = nullptr;

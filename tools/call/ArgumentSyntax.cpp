@@ -2,11 +2,11 @@
 
 #include <stdexcept>
 
-#include "ElementTypes.h"
 #include "Escapes.h"
 #include "KeyValues.h"
 #include "NestedList.h"
 #include "NumberText.h"
+#include "TypeNames.h"
 
 namespace tarvex_cli {
 namespace {

@@ -1,11 +1,13 @@
 #include <cstdio>
 #include <filesystem>
 #include <iostream>
+#include <limits>
 
 #include "Command.h"
+#include "GifFacts.h"
 #include "HostTable.h"
 #include "ImageFiles.h"
-#include "ImportQueries.h"
+#include "Options.h"
 #include "refhost/refhost.hpp"
 
 namespace tarvex_cli {
@@ -24,31 +26,20 @@ whole canvas, is written as RGBA; the others as RGB.
 
 struct Options {
     std::string file, directory;
-    long frame = 0;  // 0: all
+    std::int64_t frame = 0;  // 0: all
 };
 
-long frameNumber(const std::string &text) {
-    try {
-        std::size_t used = 0;
-        const long number = std::stol(text, &used);
-        if (used == text.size() && number >= 1) return number;
-    } catch (const std::exception &) {
-    }
-    throw usageError("frames: --frame needs a number from 1 on, not '" + text + "'");
-}
+const std::vector<OptionSpec> kFramesOptions{{"--output", "-o", true}, {"--frame", {}, true}};
 
 Options parseOptions(const std::vector<std::string> &args) {
+    const ParsedOptions parsed = readOptions("frames", args, kFramesOptions);
     Options options;
-    for (std::size_t i = 0; i < args.size(); ++i) {
-        const std::string &arg = args[i];
-        const bool hasValue = i + 1 < args.size();
-        if ((arg == "-o" || arg == "--out") && hasValue) options.directory = args[++i];
-        else if (arg == "--frame" && hasValue) options.frame = frameNumber(args[++i]);
-        else if (arg.rfind("-", 0) == 0) throw usageError("frames: unknown option or missing value '" + arg + "'");
-        else if (options.file.empty()) options.file = arg;
-        else throw usageError("frames: one file at a time");
-    }
-    if (options.file.empty()) throw usageError("frames: which GIF file?");
+    if (parsed.operands().size() > 1) throw usageError("frames: one file at a time");
+    if (parsed.operands().empty()) throw usageError("frames: which GIF file?");
+    options.file = parsed.operands().front();
+    options.directory = parsed.value("--output").value_or("");
+    if (auto frame = parsed.value("--frame"))
+        options.frame = wholeNumberOption("frames", "--frame", *frame, 1, std::numeric_limits<long>::max());
     if (options.directory.empty()) throw usageError("frames: where to? give -o DIR");
     return options;
 }

@@ -1,9 +1,8 @@
 #include "ResultText.h"
 
-#include "ElementTypes.h"
 #include "HostTable.h"
-#include "ImageTypes.h"
 #include "NestedList.h"
+#include "TypeNames.h"
 
 namespace tarvex_cli {
 namespace {

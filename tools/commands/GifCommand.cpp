@@ -13,6 +13,7 @@
 #include "Escapes.h"
 #include "GifFrameInputs.h"
 #include "HostTable.h"
+#include "Options.h"
 #include "refhost/refhost.hpp"
 
 namespace tarvex_cli {
@@ -66,30 +67,13 @@ struct GifOptions {
     throw usageError("gif: " + option + " needs " + wanted + ", not '" + value + "'");
 }
 
-double number(const std::string &option, const std::string &text, const char *wanted) {
-    try {
-        std::size_t used = 0;
-        const double value = std::stod(text, &used);
-        if (used == text.size() && std::isfinite(value)) return value;
-    } catch (const std::exception &) {
-    }
-    badValue(option, text, wanted);
-}
-
-std::vector<double> numberList(const std::string &option, const std::string &text, const char *wanted) {
+std::vector<double> numberList(const std::string &option, const std::string &text) {
     std::vector<double> values;
     std::size_t start = 0;
     for (std::size_t end; (end = text.find(',', start)) != std::string::npos; start = end + 1)
-        values.push_back(number(option, text.substr(start, end - start), wanted));
-    values.push_back(number(option, text.substr(start), wanted));
+        values.push_back(realOption("gif", option, text.substr(start, end - start)));
+    values.push_back(realOption("gif", option, text.substr(start)));
     return values;
-}
-
-long wholeNumber(const std::string &option, const std::string &text, long low, long high) {
-    const double value = number(option, text, "a whole number");
-    if (value != std::floor(value) || value < double(low) || value > double(high))
-        badValue(option, text, ("a whole number from " + std::to_string(low) + " to " + std::to_string(high)).c_str());
-    return static_cast<long>(value);
 }
 
 // One colour as 8-bit samples: three channels, or one grey level.
@@ -111,33 +95,28 @@ std::vector<double> colorOption(const std::string &option, const std::string &te
     return samples;
 }
 
-std::string ditherMethod(const std::string &text) {
-    if (text == "none") return "None";
-    if (text == "floyd-steinberg") return "FloydSteinberg";
-    badValue("--dither", text, "none or floyd-steinberg");
-}
+const std::vector<OptionSpec> kGifOptions{
+    {"--output", "-o", true}, {"--delay", {}, true},        {"--loop", {}, true},
+    {"--dither", {}, true},   {"--interlace"},              {"--comment", {}, true, true},
+    {"--background", {}, true}, {"--transparent", {}, true}, {"--disposal", {}, true},
+    {"--palette", {}, true}};
 
 GifOptions parseOptions(const std::vector<std::string> &args) {
+    const ParsedOptions parsed = readOptions("gif", args, kGifOptions);
     GifOptions o;
-    for (std::size_t i = 0; i < args.size(); ++i) {
-        const std::string &word = args[i];
-        const auto value = [&]() -> const std::string & {
-            if (i + 1 >= args.size()) throw usageError("gif: " + word + " needs a value");
-            return args[++i];
-        };
-        if (word == "-o" || word == "--output") o.output = value();
-        else if (word == "--delay") o.delays = numberList(word, value(), "seconds");
-        else if (word == "--loop") o.loops = wholeNumber(word, value(), 0, 65535);
-        else if (word == "--dither") o.dither = ditherMethod(value());
-        else if (word == "--interlace") o.interlace = true;
-        else if (word == "--comment") o.comments.push_back(value());
-        else if (word == "--background") o.background = colorOption(word, value());
-        else if (word == "--transparent") o.transparent = colorOption(word, value());
-        else if (word == "--disposal") o.disposals = numberList(word, value(), "modes 0 to 3");
-        else if (word == "--palette") o.palette = value();
-        else if (word.starts_with("-") && word != "-") throw usageError("gif: unknown option " + word);
-        else o.inputs.push_back(word);
-    }
+    o.output = parsed.value("--output").value_or("");
+    o.inputs = parsed.operands();
+    if (auto delays = parsed.value("--delay")) o.delays = numberList("--delay", *delays);
+    if (auto loops = parsed.value("--loop")) o.loops = wholeNumberOption("gif", "--loop", *loops, 0, 65535);
+    if (auto dither = parsed.value("--dither"))
+        o.dither = choiceOption<std::string>("gif", "--dither", *dither,
+                                             {{"none", "None"}, {"floyd-steinberg", "FloydSteinberg"}});
+    o.interlace = parsed.has("--interlace");
+    o.comments = parsed.values("--comment");
+    if (auto color = parsed.value("--background")) o.background = colorOption("--background", *color);
+    if (auto color = parsed.value("--transparent")) o.transparent = colorOption("--transparent", *color);
+    if (auto disposals = parsed.value("--disposal")) o.disposals = numberList("--disposal", *disposals);
+    o.palette = parsed.value("--palette").value_or("");
     if (o.output.empty()) throw usageError("gif: give the file to write with -o");
     if (o.inputs.empty()) throw usageError("gif: give at least one input picture");
     for (double d : o.disposals)

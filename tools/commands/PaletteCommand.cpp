@@ -2,7 +2,8 @@
 #include <iostream>
 
 #include "Command.h"
-#include "ImportQueries.h"
+#include "GifFacts.h"
+#include "Options.h"
 
 namespace tarvex_cli {
 namespace {
@@ -22,8 +23,9 @@ void printColors(const std::vector<std::vector<long long>> &rows) {
 }
 
 int runPalette(const std::vector<std::string> &args) {
-    if (args.size() != 1 || args[0].rfind("-", 0) == 0) throw usageError("palette: give one GIF file");
-    const std::string &file = args[0];
+    const ParsedOptions parsed = readOptions("palette", args, {});
+    if (parsed.operands().size() != 1) throw usageError("palette: give one GIF file");
+    const std::string &file = parsed.operands().front();
     const auto global = readGlobalPaletteRows(file);
     const ImportExpr locals = askGifReader("ReadPalettes", file);
     if (global.empty()) {

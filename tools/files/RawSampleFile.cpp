@@ -8,8 +8,8 @@
 #include "BinaryFiles.h"
 #include "Command.h"
 #include "HostTable.h"
-#include "ImageTypes.h"
 #include "KeyValues.h"
+#include "TypeNames.h"
 
 namespace tarvex_cli {
 namespace {

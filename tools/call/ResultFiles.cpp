@@ -3,12 +3,12 @@
 #include <filesystem>
 
 #include "BinaryFiles.h"
-#include "ElementTypes.h"
 #include "HostTable.h"
 #include "ImageFiles.h"
 #include "KeyValues.h"
 #include "RawSampleFile.h"
 #include "ResultText.h"
+#include "TypeNames.h"
 
 namespace tarvex_cli {
 namespace {

@@ -1,20 +1,15 @@
-// A deterministic, photo-like RGB picture: smooth gradients, shaded shapes
-// and a little grain. Dithering shows its character on exactly this mix, so
-// the sample-image command and the dithering benchmark both draw it.
-#pragma once
+#include "SamplePicture.h"
 
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
-#include <cstdint>
-#include <vector>
 
 namespace tarvex_sample {
 
-namespace detail {
+namespace {
 
 // Grain from a hash of the position, so that any pixel can be drawn alone.
-inline double grain(std::uint32_t x, std::uint32_t y) {
+double grain(std::uint32_t x, std::uint32_t y) {
     std::uint32_t h = x * 0x9E3779B1u ^ (y + 0x7F4A7C15u) * 0x85EBCA77u;
     h ^= h >> 15;
     h *= 0x2C1B3C6Du;
@@ -26,12 +21,12 @@ struct Rgb {
     double r, g, b;
 };
 
-inline Rgb mix(Rgb a, Rgb b, double t) {
+Rgb mix(Rgb a, Rgb b, double t) {
     return {a.r + (b.r - a.r) * t, a.g + (b.g - a.g) * t, a.b + (b.b - a.b) * t};
 }
 
 // Sky to ground, with a sun and two shaded balls, on a 0..1 square.
-inline Rgb scene(double u, double v) {
+Rgb scene(double u, double v) {
     const Rgb sky = mix({40, 90, 200}, {250, 190, 150}, v / 0.6);
     const Rgb ground = mix({70, 120, 40}, {30, 60, 20}, (v - 0.6) / 0.4);
     Rgb c = v < 0.6 ? sky : ground;
@@ -54,22 +49,22 @@ inline Rgb scene(double u, double v) {
     return c;
 }
 
-inline std::uint8_t toSample(double value) {
+std::uint8_t toSample(double value) {
     return static_cast<std::uint8_t>(std::lround(std::clamp(value, 0.0, 255.0)));
 }
 
-}  // namespace detail
+}  // namespace
 
 // Interleaved RGB, rows top to bottom.
-inline std::vector<std::uint8_t> samplePicture(std::uint32_t width, std::uint32_t height) {
+std::vector<std::uint8_t> samplePicture(std::uint32_t width, std::uint32_t height) {
     std::vector<std::uint8_t> samples;
     samples.reserve(std::size_t{width} * height * 3);
     for (std::uint32_t y = 0; y < height; ++y)
         for (std::uint32_t x = 0; x < width; ++x) {
-            const detail::Rgb c = detail::scene((x + 0.5) / width, (y + 0.5) / height);
-            const double noise = detail::grain(x, y) * 16;
+            const Rgb c = scene((x + 0.5) / width, (y + 0.5) / height);
+            const double noise = grain(x, y) * 16;
             for (double channel : {c.r, c.g, c.b})
-                samples.push_back(detail::toSample(channel + noise));
+                samples.push_back(toSample(channel + noise));
         }
     return samples;
 }

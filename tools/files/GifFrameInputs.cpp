@@ -4,9 +4,9 @@
 #include <fstream>
 
 #include "Command.h"
+#include "GifFacts.h"
 #include "HostTable.h"
 #include "ImageFiles.h"
-#include "ImportQueries.h"
 #include "refhost/refhost.hpp"
 
 namespace tarvex_cli {

@@ -7,6 +7,7 @@
 #include "DitherPalette.h"
 #include "HostTable.h"
 #include "ImageFiles.h"
+#include "Options.h"
 #include "RawSampleFile.h"
 #include "refhost/refhost.hpp"
 
@@ -41,12 +42,6 @@ struct DitherOptions {
     std::optional<RawImageLayout> layout;
 };
 
-std::string methodName(const std::string &option) {
-    if (option == "none") return "None";
-    if (option == "floyd-steinberg") return "FloydSteinberg";
-    throw usageError("dither: --method is none or floyd-steinberg, not '" + option + "'");
-}
-
 RawImageLayout layoutOption(const std::string &text) {
     try {
         return parseRawImageLayout(text);
@@ -55,31 +50,21 @@ RawImageLayout layoutOption(const std::string &text) {
     }
 }
 
+const std::vector<OptionSpec> kDitherOptions{
+    {"--output", "-o", true}, {"--palette", {}, true}, {"--method", {}, true}, {"--layout", {}, true}};
+
 DitherOptions parseOptions(const std::vector<std::string> &args) {
+    const ParsedOptions parsed = readOptions("dither", args, kDitherOptions);
     DitherOptions options;
-    for (std::size_t i = 0; i < args.size(); ++i) {
-        const std::string &word = args[i];
-        const auto value = [&]() -> const std::string & {
-            if (i + 1 >= args.size()) throw usageError("dither: " + word + " needs a value");
-            return args[++i];
-        };
-        if (word == "-o" || word == "--output") {
-            options.output = value();
-        } else if (word == "--palette") {
-            options.palette = value();
-        } else if (word == "--method") {
-            options.method = methodName(value());
-        } else if (word == "--layout") {
-            options.layout = layoutOption(value());
-        } else if (word.starts_with("-") && word != "-") {
-            throw usageError("dither: unknown option " + word);
-        } else if (options.input.empty()) {
-            options.input = word;
-        } else {
-            throw usageError("dither: one input image only");
-        }
-    }
-    if (options.input.empty()) throw usageError("dither: give an input image");
+    if (parsed.operands().size() > 1) throw usageError("dither: one input image only");
+    if (parsed.operands().empty()) throw usageError("dither: give an input image");
+    options.input = parsed.operands().front();
+    options.output = parsed.value("--output").value_or("");
+    options.palette = parsed.value("--palette").value_or("");
+    if (auto method = parsed.value("--method"))
+        options.method = choiceOption<std::string>(
+            "dither", "--method", *method, {{"none", "None"}, {"floyd-steinberg", "FloydSteinberg"}});
+    if (auto layout = parsed.value("--layout")) options.layout = layoutOption(*layout);
     if (options.output.empty()) throw usageError("dither: give an output file with -o");
     if (options.palette.empty()) throw usageError("dither: give a palette with --palette");
     return options;

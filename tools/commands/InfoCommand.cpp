@@ -4,7 +4,8 @@
 #include <sstream>
 
 #include "Command.h"
-#include "GifSummary.h"
+#include "GifFacts.h"
+#include "Options.h"
 
 namespace tarvex_cli {
 namespace {
@@ -125,17 +126,14 @@ void printJson(const std::string &file, const GifFacts &facts) {
     std::cout << "\n  ]\n}\n";
 }
 
+const std::vector<OptionSpec> kInfoOptions{{"--expr"}, {"--json"}};
+
 int runInfo(const std::vector<std::string> &args) {
-    std::string file;
-    bool expr = false, json = false;
-    for (const std::string &arg : args) {
-        if (arg == "--expr") expr = true;
-        else if (arg == "--json") json = true;
-        else if (arg.rfind("-", 0) == 0) throw usageError("info: unknown option '" + arg + "'");
-        else if (file.empty()) file = arg;
-        else throw usageError("info: one file at a time");
-    }
-    if (file.empty()) throw usageError("info: which GIF file?");
+    const ParsedOptions parsed = readOptions("info", args, kInfoOptions);
+    if (parsed.operands().size() > 1) throw usageError("info: one file at a time");
+    if (parsed.operands().empty()) throw usageError("info: which GIF file?");
+    const std::string &file = parsed.operands().front();
+    const bool expr = parsed.has("--expr"), json = parsed.has("--json");
     if (expr && json) throw usageError("info: --expr and --json exclude each other");
     const GifFacts facts = readGifFacts(file);
     if (expr)

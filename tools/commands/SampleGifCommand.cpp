@@ -6,6 +6,7 @@
 #include <gif_lib.h>
 
 #include "Command.h"
+#include "Options.h"
 
 namespace tarvex_cli {
 namespace {
@@ -109,8 +110,9 @@ void writeSample(GifFileType *gif, const std::string &path) {
 }
 
 int runSampleGif(const std::vector<std::string> &args) {
-    if (args.size() != 1 || args[0].rfind("-", 0) == 0) throw usageError("sample-gif: give the file to write");
-    const std::string &path = args[0];
+    const ParsedOptions parsed = readOptions("sample-gif", args, {});
+    if (parsed.operands().size() != 1) throw usageError("sample-gif: give the file to write");
+    const std::string &path = parsed.operands().front();
     int error = 0;
     GifFileType *gif = EGifOpenFileName(path.c_str(), false, &error);
     if (gif == nullptr) throw CliError("cannot write " + path + ": " + GifErrorString(error));
