@@ -12,8 +12,10 @@
 #include "DitherPalette.h"
 #include "Escapes.h"
 #include "GifFrameInputs.h"
+#include "GifWriter.h"
 #include "HostTable.h"
 #include "Options.h"
+#include "Progress.h"
 #include "refhost/refhost.hpp"
 
 namespace tarvex_cli {
@@ -52,14 +54,7 @@ standard output; long inputs show their progress on standard error.
 struct GifOptions {
     std::string output;
     std::vector<std::string> inputs;
-    std::vector<double> delays{0.1};
-    long loops = 0;
-    std::string dither = "FloydSteinberg";
-    bool interlace = false;
-    std::vector<std::string> comments;
-    std::vector<double> background;
-    std::vector<double> transparent;
-    std::vector<double> disposals{0};
+    GifSettings settings;
     std::string palette;
 };
 
@@ -103,9 +98,11 @@ const std::vector<OptionSpec> kGifOptions{
 
 GifOptions parseOptions(const std::vector<std::string> &args) {
     const ParsedOptions parsed = readOptions("gif", args, kGifOptions);
-    GifOptions o;
-    o.output = parsed.value("--output").value_or("");
-    o.inputs = parsed.operands();
+    GifOptions options;
+    options.output = parsed.value("--output").value_or("");
+    options.inputs = parsed.operands();
+    options.palette = parsed.value("--palette").value_or("");
+    GifSettings &o = options.settings;
     if (auto delays = parsed.value("--delay")) o.delays = numberList("--delay", *delays);
     if (auto loops = parsed.value("--loop")) o.loops = wholeNumberOption("gif", "--loop", *loops, 0, 65535);
     if (auto dither = parsed.value("--dither"))
@@ -116,12 +113,11 @@ GifOptions parseOptions(const std::vector<std::string> &args) {
     if (auto color = parsed.value("--background")) o.background = colorOption("--background", *color);
     if (auto color = parsed.value("--transparent")) o.transparent = colorOption("--transparent", *color);
     if (auto disposals = parsed.value("--disposal")) o.disposals = numberList("--disposal", *disposals);
-    o.palette = parsed.value("--palette").value_or("");
-    if (o.output.empty()) throw usageError("gif: give the file to write with -o");
-    if (o.inputs.empty()) throw usageError("gif: give at least one input picture");
+    if (options.output.empty()) throw usageError("gif: give the file to write with -o");
+    if (options.inputs.empty()) throw usageError("gif: give at least one input picture");
     for (double d : o.disposals)
         if (d != std::floor(d) || d < 0 || d > 3) badValue("--disposal", std::to_string(d), "modes 0 to 3");
-    return o;
+    return options;
 }
 
 void checkPerFrame(const char *option, std::size_t given, mint frames) {
@@ -130,75 +126,9 @@ void checkPerFrame(const char *option, std::size_t given, mint frames) {
                          " values for " + std::to_string(frames) + " frames; give one or one per frame");
 }
 
-rh::Tensor tensor(MTensor_Data_Type type, const std::vector<double> &values) {
-    const mint length = mint(values.size());
-    MTensor made = nullptr;
-    if (hostTable()->tensorNew(type, 1, &length, &made) != 0) throw CliError("cannot make a tensor");
-    for (std::size_t i = 0; i < values.size(); ++i) {
-        if (type == MTensor_Type_Real) hostTable()->tensorGetRealData(made)[i] = values[i];
-        else hostTable()->tensorGetIntegerData(made)[i] = static_cast<mint>(values[i]);
-    }
-    return rh::Tensor(made);
-}
-
-// The transparent colour as the export takes it: a grey level for grey
-// frames, three channels otherwise.
-std::vector<double> transparencyArgument(const std::vector<double> &color, mint channels) {
-    if (color.empty() || channels == 3 || color.size() == 1) {
-        if (channels == 3 && color.size() == 1) return {color[0], color[0], color[0]};
-        return color;
-    }
-    if (color[0] == color[1] && color[1] == color[2]) return {color[0]};
-    throw usageError("gif: grey frames need a grey --transparent colour");
-}
-
-std::string joinedComments(const std::vector<std::string> &comments) {
-    std::string joined;
-    for (const std::string &c : comments) joined += (joined.empty() ? "" : std::string(kListSeparator)) + c;
-    return joined;
-}
-
-// The arguments after the pixels and maps, shared by both exports.
-struct TrailingArguments {
-    rh::Tensor delays, background, transparency, disposals;
-    std::string comments;
-
-    TrailingArguments(const GifOptions &o, mint channels)
-        : delays(tensor(MTensor_Type_Real, o.delays)),
-          background(tensor(MTensor_Type_Integer, o.background)),
-          transparency(tensor(MTensor_Type_Integer, transparencyArgument(o.transparent, channels))),
-          disposals(tensor(MTensor_Type_Integer, o.disposals)),
-          comments(joinedComments(o.comments)) {}
-
-    std::vector<RhValue> values(const GifOptions &o) const {
-        return {{RH_STRING, {.string = o.output.c_str()}, 0},
-                {RH_STRING, {.string = comments.c_str()}, 0},
-                {RH_TENSOR, {.tensor = delays.get()}, 0},
-                {RH_STRING, {.string = o.dither.c_str()}, 0},
-                {RH_INTEGER, {.integer = o.loops}, 0},
-                {RH_BOOLEAN, {.boolean = o.interlace}, 0},
-                {RH_TENSOR, {.tensor = background.get()}, 0},
-                {RH_TENSOR, {.tensor = transparency.get()}, 0},
-                {RH_TENSOR, {.tensor = disposals.get()}, 0}};
-    }
-};
-
-void callWriter(const char *name, std::vector<RhValue> args, const std::string &output) {
-    RhValue result{RH_STRING, {}, 0};
-    const int code = rh_call(plugin(), name, mint(args.size()), args.data(), &result);
-    switch (code) {
-    case 0: return;
-    case -9: throw CliError("giflib failed while writing " + output);
-    case -13: throw CliError("the --transparent colour is not in the palette of every frame");
-    default:
-        throw CliError(std::string(name) + " refused its arguments (code " + std::to_string(code) +
-                       "); cannot write " + output + "?");
-    }
-}
-
 // Each frame mapped to the caller's colours by DitherImage, as indices.
-std::vector<std::uint8_t> indexedFrames(FrameSequence &frames, MRawArray colorMap,
-                                        const GifOptions &o, int colors) {
+std::vector<std::uint8_t> indexedFrames(FrameSequence &frames, MRawArray colorMap, const GifSettings &o,
+                                        int colors) {
     frames.promoteToRgb();
     const auto *palette = static_cast<const std::uint8_t *>(hostTable()->rawArrayFunctions->getData(colorMap));
     std::map<std::uint32_t, std::uint8_t> indexOf;
@@ -233,56 +163,41 @@ void writeWithPalette(FrameSequence &frames, const GifOptions &o) {
     if (colors.empty() || colors.size() > 256)
         throw CliError(o.palette + ": " + std::to_string(colors.size()) + " colours; a GIF map holds 1 to 256");
     const rh::RawArray colorMap(makeColorMap(colors, MImage_Type_Bit8, 3));
-    const std::vector<std::uint8_t> indices = indexedFrames(frames, colorMap.get(), o, int(colors.size()));
-    mint size = 2;
-    while (size < mint(colors.size())) size *= 2;
-    std::vector<std::uint8_t> mapBytes(std::size_t(size) * 3, 0);
-    std::memcpy(mapBytes.data(), hostTable()->rawArrayFunctions->getData(colorMap.get()), colors.size() * 3);
-    const auto rawArray = [](std::vector<mint> dims, const std::vector<std::uint8_t> &bytes) {
-        MRawArray made = nullptr;
-        if (hostTable()->rawArrayFunctions->create(MRawArray_Type_UBit8, mint(dims.size()), dims.data(), &made) != 0)
-            throw CliError("not enough memory for the frames");
-        std::memcpy(hostTable()->rawArrayFunctions->getData(made), bytes.data(), bytes.size());
-        return rh::RawArray(made);
-    };
-    const rh::RawArray map = rawArray({size, 3}, mapBytes);
-    const rh::RawArray raw = rawArray({frames.count(), frames.height, frames.width}, indices);
-    const TrailingArguments trailing(o, 3);
-    std::vector<RhValue> args{{RH_RAW_ARRAY, {.rawArray = map.get()}, 0},
-                              {RH_RAW_ARRAY, {.rawArray = raw.get()}, 0}};
-    const std::vector<RhValue> rest = trailing.values(o);
-    args.insert(args.end(), rest.begin(), rest.end());
-    callWriter("WriteColormaps", args, o.output);
+    const auto *palette = static_cast<const std::uint8_t *>(hostTable()->rawArrayFunctions->getData(colorMap.get()));
+    IndexedFrames indexed;
+    indexed.mapRgb.assign(palette, palette + colors.size() * 3);
+    indexed.indices = indexedFrames(frames, colorMap.get(), o.settings, int(colors.size()));
+    indexed.frames = frames.count();
+    indexed.height = frames.height;
+    indexed.width = frames.width;
+    writeIndexedGif(indexed, o.settings, o.output);
 }
 
 int runGif(const std::vector<std::string> &args) {
     const auto start = std::chrono::steady_clock::now();
     const GifOptions o = parseOptions(args);
     FrameSequence frames;
-    const bool showProgress = o.inputs.size() >= 20;
-    for (std::size_t i = 0; i < o.inputs.size(); ++i) {
-        appendFrames(frames, o.inputs[i]);
-        if (showProgress) std::fprintf(stderr, "\rtarvex gif: read %zu of %zu inputs", i + 1, o.inputs.size());
+    {
+        Progress progress("gif: inputs read", o.inputs.size());
+        for (std::size_t i = 0; i < o.inputs.size(); ++i) {
+            appendFrames(frames, o.inputs[i]);
+            progress.advance(i + 1);
+        }
     }
-    if (showProgress) std::fprintf(stderr, "\n");
-    checkPerFrame("--delay", o.delays.size(), frames.count());
-    checkPerFrame("--disposal", o.disposals.size(), frames.count());
+    checkPerFrame("--delay", o.settings.delays.size(), frames.count());
+    checkPerFrame("--disposal", o.settings.disposals.size(), frames.count());
     if (!o.palette.empty()) {
         writeWithPalette(frames, o);
     } else {
         const rh::Image image(frameImage(frames));
-        const TrailingArguments trailing(o, frames.channels);
-        std::vector<RhValue> call{{RH_IMAGE, {.image = image.get()}, 0}};
-        const std::vector<RhValue> rest = trailing.values(o);
-        call.insert(call.end(), rest.begin(), rest.end());
-        callWriter("WriteFrames", call, o.output);
+        writeImageGif(image.get(), o.settings, o.output);
     }
     const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-    std::printf("%s: %lld %s of %lldx%lld, %llu bytes, %.2f s\n", o.output.c_str(),
-                static_cast<long long>(frames.count()), frames.count() == 1 ? "frame" : "frames",
-                static_cast<long long>(frames.width),
-                static_cast<long long>(frames.height),
-                static_cast<unsigned long long>(std::filesystem::file_size(o.output)), seconds);
+    if (!isQuiet())
+        std::printf("%s: %lld %s of %lldx%lld, %llu bytes, %.2f s\n", o.output.c_str(),
+                    static_cast<long long>(frames.count()), frames.count() == 1 ? "frame" : "frames",
+                    static_cast<long long>(frames.width), static_cast<long long>(frames.height),
+                    static_cast<unsigned long long>(std::filesystem::file_size(o.output)), seconds);
     return 0;
 }
 

@@ -4,13 +4,18 @@
 
 #include "Command.h"
 #include "NumberText.h"
+#include "Progress.h"
 
 namespace tarvex_cli {
 namespace {
 
+// Every command takes these beside its own.
+const std::vector<OptionSpec> kCommonOptions{{"--quiet", "-q"}};
+
 const OptionSpec *findSpec(const std::vector<OptionSpec> &specs, std::string_view name) {
-    for (const OptionSpec &spec : specs)
-        if (name == spec.name || (!spec.shortName.empty() && name == spec.shortName)) return &spec;
+    for (const auto *list : {&specs, &kCommonOptions})
+        for (const OptionSpec &spec : *list)
+            if (name == spec.name || (!spec.shortName.empty() && name == spec.shortName)) return &spec;
     return nullptr;
 }
 
@@ -39,6 +44,7 @@ public:
                 optionsEnded = optionsEnded || placement_ == OptionPlacement::BeforeOperands;
             }
         }
+        if (parsed_.has("--quiet")) setQuiet(true);
         return std::move(parsed_);
     }
 

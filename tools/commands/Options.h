@@ -39,7 +39,8 @@ private:
 // operand (the tool's own options, which come before a command's name).
 enum class OptionPlacement { Anywhere, BeforeOperands };
 
-// Reads the words after a command's name. "-" (standard input or output) and
+// Reads the words after a command's name. Every command also takes -q/--quiet,
+// which silences progress lines and summaries. "-" (standard input or output) and
 // negative numbers are operands. Throws a usage error (exit status 2) that
 // starts with "COMMAND: " for an unknown option, a missing or unwanted value,
 // and a repeated option.

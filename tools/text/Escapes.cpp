@@ -101,8 +101,11 @@ std::string decodeEscapes(std::string_view text) {
     return out;
 }
 
-std::string quoteString(std::string_view bytes) {
-    std::string out = "\"";
+namespace {
+
+// Escapes bytes that would act on a terminal or be ambiguous in text.
+std::string escapeBytes(std::string_view bytes, bool escapeQuotes) {
+    std::string out;
     for (std::size_t i = 0; i < bytes.size();) {
         const auto byte = static_cast<unsigned char>(bytes[i]);
         if (byte >= 0x80) {
@@ -117,7 +120,7 @@ std::string quoteString(std::string_view bytes) {
             continue;
         }
         ++i;
-        if (byte == '"' || byte == '\\') {
+        if ((byte == '"' && escapeQuotes) || byte == '\\') {
             out += '\\';
             out += static_cast<char>(byte);
         } else if (byte == '\n') {
@@ -132,7 +135,13 @@ std::string quoteString(std::string_view bytes) {
             out += static_cast<char>(byte);
         }
     }
-    return out + "\"";
+    return out;
 }
+
+}  // namespace
+
+std::string quoteString(std::string_view bytes) { return '"' + escapeBytes(bytes, true) + '"'; }
+
+std::string printableText(std::string_view bytes) { return escapeBytes(bytes, false); }
 
 }  // namespace tarvex_cli

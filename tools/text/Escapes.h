@@ -21,4 +21,8 @@ std::string decodeEscapes(std::string_view text);
 // UTF-8 as a three-digit octal escape, so that the output is unambiguous.
 std::string quoteString(std::string_view bytes);
 
+// The same escapes without quotes around the text, and with quote marks left
+// as they are: text from a file made safe to print on a terminal.
+std::string printableText(std::string_view bytes);
+
 }  // namespace tarvex_cli
