@@ -7,6 +7,8 @@
 #include <vector>
 
 #include "Command.h"
+#include "Escapes.h"
+#include "LibraryVersions.h"
 #include "Options.h"
 #include "PluginDiscovery.h"
 
@@ -36,6 +38,12 @@ void printUsage() {
                  "Options:\n"
                  "  --plugin PATH  the plug-in to load; otherwise $TARVEX_PLUGIN, otherwise\n"
                  "                 libTarvex.so beside the tool (build tree or installation)\n"
+                 "  -q, --quiet    no progress lines or summaries, only errors (also after\n"
+                 "                 the command's name)\n"
+                 "  --version      the tool's version and those of giflib, libspng and\n"
+                 "                 libjpeg-turbo\n"
+                 "\n"
+                 "A file name - stands for standard input or standard output.\n"
                  "\n"
                  "Exit status: 0 success, 1 failure, 2 bad command line.\n";
 }
@@ -63,7 +71,7 @@ int run(const std::vector<std::string> &words) {
         return 0;
     }
     if (global.has("--version")) {
-        std::cout << "tarvex " << TARVEX_VERSION << '\n';
+        std::cout << "tarvex " << TARVEX_VERSION << '\n' << libraryVersions();
         return 0;
     }
     if (auto path = global.value("--plugin")) setPluginPath(*path);
@@ -88,10 +96,10 @@ int main(int argc, char **argv) {
     try {
         status = run(std::vector<std::string>(argv + 1, argv + argc));
     } catch (const CliError &error) {
-        std::cerr << "tarvex: " << error.what() << '\n';
+        std::cerr << "tarvex: " << printableText(error.what()) << '\n';
         status = error.exitStatus;
     } catch (const std::exception &error) {
-        std::cerr << "tarvex: " << error.what() << '\n';
+        std::cerr << "tarvex: " << printableText(error.what()) << '\n';
         status = 1;
     }
     std::cout.flush();

@@ -4,9 +4,11 @@
 #include <string>
 
 #include "Command.h"
-#include "DitherPalette.h"
+#include "PaletteFiles.h"
 #include "HostTable.h"
 #include "ImageFiles.h"
+#include "ImageOutput.h"
+#include "MethodNames.h"
 #include "Options.h"
 #include "RawSampleFile.h"
 #include "refhost/refhost.hpp"
@@ -19,19 +21,33 @@ const char kDitherHelp[] = R"(usage: tarvex dither IN -o OUT --palette P [--meth
 
 Maps every pixel of an image to a colour of a palette (DitherImage):
 "none" takes each pixel's nearest colour, "floyd-steinberg" (the default)
-also spreads each pixel's error to its neighbours.
+also spreads each pixel's error to its neighbours. The plug-in's names,
+None and FloydSteinberg, are taken too.
 
-IN and OUT are PNG files. With --layout, IN is a raw sample file of that
+IN is a PNG (8 or 16 bits, kept so) or JPEG file, - for standard input.
+OUT's extension chooses its format: .png, or .gif (written by the plug-in's
+WriteColormaps, for 8-bit grey or RGB results of at most 256 colours); - is
+PNG on standard output. With --layout, IN is a raw sample file of that
 layout (type=real32,width=W,height=H,channels=C[,slices=S]) and OUT is
 written as one; its layout is printed.
 
 P is one of:
   a list of colours    "#ff0000,#00ff00,#0000ff" or "255,0,0;0,255,0"
-  a text file          one colour a line, in either form
-  a PNG file           whose distinct colours form the palette
+  a named palette      bw, grey4, grey16, grey256, web (216), 332 (256)
+  a text file          one colour a line, in either form, or the output
+                       of tarvex palette (its first palette)
+  an image file        whose distinct colours form the palette (at most
+                       65,536)
+  a GIF file           its global palette; FILE.gif:N the palette frame N
+                       draws with
 Hex colours (two digits a channel) are rescaled to the image's samples;
 plain numbers are samples as they stand (0..65535 for 16-bit images, any
-real for real images). Every colour needs as many channels as the image.
+real for real images). Every colour needs as many channels as the image;
+grey palettes serve RGB images too.
+
+Examples:
+  tarvex dither photo.png -o out.gif --palette web
+  tarvex dither photo.png -o out.png --palette anim.gif:2 --method none
 )";
 
 struct DitherOptions {
@@ -62,10 +78,10 @@ DitherOptions parseOptions(const std::vector<std::string> &args) {
     options.output = parsed.value("--output").value_or("");
     options.palette = parsed.value("--palette").value_or("");
     if (auto method = parsed.value("--method"))
-        options.method = choiceOption<std::string>(
-            "dither", "--method", *method, {{"none", "None"}, {"floyd-steinberg", "FloydSteinberg"}});
+        options.method = choiceOption("dither", "--method", *method, kDitherMethods);
     if (auto layout = parsed.value("--layout")) options.layout = layoutOption(*layout);
     if (options.output.empty()) throw usageError("dither: give an output file with -o");
+    if (!options.layout) imageFormatFor("dither", options.output);
     if (options.palette.empty()) throw usageError("dither: give a palette with --palette");
     return options;
 }
@@ -96,7 +112,7 @@ int runDither(const std::vector<std::string> &args) {
         writeRawImage(result.get(), options.output);
         std::printf("%s\n", formatRawImageLayout(layoutOf(result.get())).c_str());
     } else {
-        writePng(result.get(), 0, options.output);
+        writeImage(result.get(), options.output);
     }
     return 0;
 }

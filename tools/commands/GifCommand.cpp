@@ -9,11 +9,12 @@
 #include <vector>
 
 #include "Command.h"
-#include "DitherPalette.h"
+#include "PaletteFiles.h"
 #include "Escapes.h"
 #include "GifFrameInputs.h"
 #include "GifWriter.h"
 #include "HostTable.h"
+#include "MethodNames.h"
 #include "Options.h"
 #include "Progress.h"
 #include "refhost/refhost.hpp"
@@ -106,8 +107,7 @@ GifOptions parseOptions(const std::vector<std::string> &args) {
     if (auto delays = parsed.value("--delay")) o.delays = numberList("--delay", *delays);
     if (auto loops = parsed.value("--loop")) o.loops = wholeNumberOption("gif", "--loop", *loops, 0, 65535);
     if (auto dither = parsed.value("--dither"))
-        o.dither = choiceOption<std::string>("gif", "--dither", *dither,
-                                             {{"none", "None"}, {"floyd-steinberg", "FloydSteinberg"}});
+        o.dither = choiceOption("gif", "--dither", *dither, kDitherMethods);
     o.interlace = parsed.has("--interlace");
     o.comments = parsed.values("--comment");
     if (auto color = parsed.value("--background")) o.background = colorOption("--background", *color);

@@ -4,6 +4,8 @@
 #include <sstream>
 
 #include "Command.h"
+#include "Escapes.h"
+#include "FileAccess.h"
 #include "GifFacts.h"
 #include "Options.h"
 
@@ -57,12 +59,13 @@ std::string paletteText(const GifFrameFacts &frame, const GifFacts &facts) {
 }
 
 void printText(const std::string &file, const GifFacts &facts) {
-    std::cout << file << ": " << facts.width << "x" << facts.height << " canvas, " << facts.frameCount
+    std::cout << printableText(file) << ": " << facts.width << "x" << facts.height << " canvas, " << facts.frameCount
               << (facts.frameCount == 1 ? " frame, " : " frames, ") << loopText(facts) << '\n';
     std::cout << "background: "
               << (facts.background ? hexColor(*facts.background) : std::string("none (no global palette)"))
               << '\n';
-    for (const std::string &comment : facts.comments) std::cout << "comment: " << comment << '\n';
+    // A comment is the file's text: control bytes are shown as escapes, never sent to the terminal.
+    for (const std::string &comment : facts.comments) std::cout << "comment: " << printableText(comment) << '\n';
     std::cout << '\n'
               << std::left << std::setw(7) << "frame" << std::setw(11) << "size" << std::setw(11)
               << "offset" << std::setw(10) << "delay" << std::setw(13) << "disposal" << std::setw(13)
@@ -135,7 +138,7 @@ int runInfo(const std::vector<std::string> &args) {
     const std::string &file = parsed.operands().front();
     const bool expr = parsed.has("--expr"), json = parsed.has("--json");
     if (expr && json) throw usageError("info: --expr and --json exclude each other");
-    const GifFacts facts = readGifFacts(file);
+    const GifFacts facts = readGifFacts(readablePath(file));
     if (expr)
         std::cout << facts.fileMetadata << '\n' << facts.frameMetadata << '\n' << facts.palettes << '\n';
     else if (json)

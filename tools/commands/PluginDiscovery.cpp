@@ -47,6 +47,11 @@ RhPlugin *loadAndInitialize(const std::string &path) {
     char error[1024] = {};
     RhPlugin *loaded = rh_plugin_load(path.c_str(), error, sizeof error);
     if (loaded == nullptr) throw CliError("cannot load the plug-in " + path + ": " + error);
+    if (rh_plugin_symbol(loaded, "QuorbelLibrary_initialize") == nullptr ||
+        rh_plugin_symbol(loaded, "StringSeparator") == nullptr) {
+        rh_plugin_unload(loaded);
+        throw CliError(path + " is not a Tarvex plug-in: it lacks the plug-in's entry points");
+    }
     if (!g_setup.initialize) return loaded;
     QuorbelLibraryData table = g_setup.table == RH_TABLE_FULL ? nullptr : rh_library_data(g_setup.table);
     if (int code = rh_plugin_initialize(loaded, table); code != 0) {

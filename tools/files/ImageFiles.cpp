@@ -8,6 +8,7 @@
 #include <memory>
 
 #include "Command.h"
+#include "FileAccess.h"
 #include "HostTable.h"
 #include "JpegFiles.h"
 #include "refhost/refhost.h"
@@ -30,6 +31,7 @@ void check(int code, const std::string &path, const char *step) {
 }
 
 File openFile(const std::string &path, const char *mode) {
+    if (*mode == 'r') checkReadable(path);
     File file(std::fopen(path.c_str(), mode));
     if (!file) throw CliError("cannot open " + path + ": " + std::strerror(errno));
     return file;
@@ -93,6 +95,33 @@ void checkWritable(QuorbelImageFunctions images, MImage image, mint slice, const
         throw CliError(path + ": the image has no slice " + std::to_string(slice));
 }
 
+void writePngFile(MImage image, mint slice, const std::string &path) {
+    const QuorbelImageFunctions images = hostTable()->imageFunctions;
+    checkWritable(images, image, slice, path);
+    const mint width = images->getColumnCount(image);
+    const mint height = images->getRowCount(image);
+    const mint channels = images->getChannels(image);
+    const bool sixteen = images->getDataType(image) == MImage_Type_Bit16;
+    const std::size_t sliceBytes = std::size_t(width) * height * channels * (sixteen ? 2 : 1);
+
+    File file = openFile(path, "wb");
+    Context context(spng_ctx_new(SPNG_CTX_ENCODER));
+    if (!context) throw CliError(path + ": out of memory");
+    check(spng_set_png_file(context.get(), file.get()), path, "cannot write");
+    spng_ihdr header{};
+    header.width = static_cast<std::uint32_t>(width);
+    header.height = static_cast<std::uint32_t>(height);
+    header.bit_depth = sixteen ? 16 : 8;
+    header.color_type = pngColorType(channels);
+    check(spng_set_ihdr(context.get(), &header), path, "cannot write");
+    const auto *samples = static_cast<const unsigned char *>(images->getRawData(image)) + slice * sliceBytes;
+    // SPNG_FMT_PNG takes 16-bit samples in host byte order, as the host keeps them.
+    check(spng_encode_image(context.get(), samples, sliceBytes, SPNG_FMT_PNG, SPNG_ENCODE_FINALIZE), path,
+          "cannot write");
+    context.reset();
+    if (std::fclose(file.release()) != 0) throw CliError("cannot write " + path + ": " + std::strerror(errno));
+}
+
 }  // namespace
 
 MImage readPng(const std::string &path) {
@@ -121,7 +150,8 @@ MImage readPng(const std::string &path) {
     return image;
 }
 
-MImage readImageFile(const std::string &path) {
+MImage readImageFile(const std::string &argument) {
+    const std::string path = readablePath(argument);
     unsigned char magic[3] = {};
     {
         File file = openFile(path, "rb");
@@ -132,30 +162,7 @@ MImage readImageFile(const std::string &path) {
 }
 
 void writePng(MImage image, mint slice, const std::string &path) {
-    const QuorbelImageFunctions images = hostTable()->imageFunctions;
-    checkWritable(images, image, slice, path);
-    const mint width = images->getColumnCount(image);
-    const mint height = images->getRowCount(image);
-    const mint channels = images->getChannels(image);
-    const bool sixteen = images->getDataType(image) == MImage_Type_Bit16;
-    const std::size_t sliceBytes = std::size_t(width) * height * channels * (sixteen ? 2 : 1);
-
-    File file = openFile(path, "wb");
-    Context context(spng_ctx_new(SPNG_CTX_ENCODER));
-    if (!context) throw CliError(path + ": out of memory");
-    check(spng_set_png_file(context.get(), file.get()), path, "cannot write");
-    spng_ihdr header{};
-    header.width = static_cast<std::uint32_t>(width);
-    header.height = static_cast<std::uint32_t>(height);
-    header.bit_depth = sixteen ? 16 : 8;
-    header.color_type = pngColorType(channels);
-    check(spng_set_ihdr(context.get(), &header), path, "cannot write");
-    const auto *samples = static_cast<const unsigned char *>(images->getRawData(image)) + slice * sliceBytes;
-    // SPNG_FMT_PNG takes 16-bit samples in host byte order, as the host keeps them.
-    check(spng_encode_image(context.get(), samples, sliceBytes, SPNG_FMT_PNG, SPNG_ENCODE_FINALIZE), path,
-          "cannot write");
-    context.reset();
-    if (std::fclose(file.release()) != 0) throw CliError("cannot write " + path + ": " + std::strerror(errno));
+    writeOutput(path, [&](const std::string &file) { writePngFile(image, slice, file); });
 }
 
 }  // namespace tarvex_cli

@@ -1,5 +1,6 @@
 #include "DitherPalette.h"
 
+#include <cctype>
 #include <cmath>
 #include <cstdint>
 #include <cstring>
@@ -58,57 +59,24 @@ DitherColor parseNumberColor(std::string_view text) {
     return color;
 }
 
+// `tarvex palette` prints "global palette: 4 colours" above its colours, and
+// "frame 2 local palette: 2 colours" above each local palette.
+bool isPaletteHeading(std::string_view line) {
+    return std::isalpha(static_cast<unsigned char>(line.front())) && line.find("palette") != std::string_view::npos;
+}
+
+// "  3  #ff8000  255 128   0" as `tarvex palette` prints a colour: the hex
+// form after the index; any other line is a colour as it stands.
+std::string_view colorOfListing(std::string_view line) {
+    const std::size_t hex = line.find('#');
+    if (hex == std::string_view::npos || hex == 0) return line;
+    if (trimmed(line.substr(0, hex)).find_first_not_of("0123456789") != std::string_view::npos) return line;
+    return trimmed(line.substr(hex, line.find_first_of(" \t", hex) - hex));
+}
+
 DitherColor parseColor(std::string_view text) {
     if (text.empty()) throw std::invalid_argument("an empty colour");
     return text.front() == '#' ? parseHexColor(text) : parseNumberColor(text);
-}
-
-bool isPngFile(const std::string &path) {
-    std::ifstream file(path, std::ios::binary);
-    char signature[8] = {};
-    file.read(signature, sizeof signature);
-    return file && std::memcmp(signature, "\x89PNG\r\n\x1a\n", 8) == 0;
-}
-
-// The distinct colours of a PNG image, in order of first appearance.
-std::vector<DitherColor> colorsOfPng(const std::string &path) {
-    constexpr std::size_t kMostColors = 65536;
-    MImage image = readImageFile(path);
-    const QuorbelImageFunctions images = hostTable()->imageFunctions;
-    const mint channels = images->getChannels(image);
-    const std::size_t pixels = std::size_t(images->getRowCount(image)) * images->getColumnCount(image);
-    const bool wide = images->getDataType(image) == MImage_Type_Bit16;
-    const void *data = images->getRawData(image);
-    const auto sample = [&](std::size_t i) -> double {
-        return wide ? static_cast<const std::uint16_t *>(data)[i] : static_cast<const std::uint8_t *>(data)[i];
-    };
-    std::map<std::vector<double>, std::size_t> seen;
-    std::vector<DitherColor> colors;
-    for (std::size_t p = 0; p < pixels && colors.size() <= kMostColors; ++p) {
-        DitherColor color{{}, wide ? 65535.0 : 255.0};
-        for (mint k = 0; k < channels; ++k) color.values.push_back(sample(p * channels + k));
-        if (seen.emplace(color.values, colors.size()).second) colors.push_back(std::move(color));
-    }
-    images->free(image);
-    if (colors.size() > kMostColors)
-        throw CliError(path + " has more than " + std::to_string(kMostColors) + " colours");
-    return colors;
-}
-
-std::vector<DitherColor> colorsOfTextFile(const std::string &path) {
-    std::ifstream file(path);
-    if (!file) throw CliError("cannot read " + path);
-    std::vector<DitherColor> colors;
-    std::string line;
-    for (int number = 1; std::getline(file, line); ++number) {
-        if (trimmed(line).empty()) continue;
-        try {
-            colors.push_back(parseColor(trimmed(line)));
-        } catch (const std::invalid_argument &error) {
-            throw CliError(path + ":" + std::to_string(number) + ": " + error.what());
-        }
-    }
-    return colors;
 }
 
 // A colour's value as a sample of the image's type.
@@ -166,6 +134,17 @@ MRawArray_Data_Type rawArrayTypeOf(MImage_Data_Type type) {
     }
 }
 
+// A grey level stands for all three channels of an RGB image.
+std::vector<DitherColor> fittedColors(std::vector<DitherColor> colors, mint channels) {
+    for (DitherColor &color : colors) {
+        if (color.grey && channels == 3) color.values.assign(3, color.values.front());
+        if (static_cast<mint>(color.values.size()) != channels)
+            throw CliError("palette colours need " + countOf(channels, "channel") + " like the image, one has " +
+                           std::to_string(color.values.size()));
+    }
+    return colors;
+}
+
 }  // namespace
 
 std::vector<DitherColor> parseDitherColors(std::string_view text) {
@@ -176,27 +155,27 @@ std::vector<DitherColor> parseDitherColors(std::string_view text) {
     return colors;
 }
 
-std::vector<DitherColor> readDitherPalette(const std::string &argument) {
+std::vector<DitherColor> parseColorLines(std::string_view text) {
     std::vector<DitherColor> colors;
-    if (std::filesystem::is_regular_file(argument)) {
-        colors = isPngFile(argument) ? colorsOfPng(argument) : colorsOfTextFile(argument);
-    } else {
+    std::size_t number = 0;
+    for (std::string_view line : split(text, '\n')) {
+        ++number;
+        if (line.empty()) continue;
+        if (isPaletteHeading(line)) {
+            if (!colors.empty()) break;
+            continue;
+        }
         try {
-            colors = parseDitherColors(argument);
+            colors.push_back(parseColor(colorOfListing(line)));
         } catch (const std::invalid_argument &error) {
-            throw usageError("--palette: " + std::string(error.what()) +
-                             " (give colours such as \"#ff0000,#00ff00\" or \"255,0,0;0,255,0\", or a file)");
+            throw std::invalid_argument(std::to_string(number) + ": " + error.what());
         }
     }
-    if (colors.empty()) throw usageError("--palette: no colours in " + argument);
     return colors;
 }
 
-MRawArray makeColorMap(const std::vector<DitherColor> &colors, MImage_Data_Type type, mint channels) {
-    for (const DitherColor &color : colors)
-        if (static_cast<mint>(color.values.size()) != channels)
-            throw CliError("palette colours need " + std::to_string(channels) + " channels like the image, one has " +
-                           std::to_string(color.values.size()));
+MRawArray makeColorMap(const std::vector<DitherColor> &given, MImage_Data_Type type, mint channels) {
+    const std::vector<DitherColor> colors = fittedColors(given, channels);
     const mint dimensions[] = {static_cast<mint>(colors.size()), channels};
     MRawArray map = nullptr;
     if (hostTable()->rawArrayFunctions->create(rawArrayTypeOf(type), 2, dimensions, &map) != 0)

@@ -15,12 +15,13 @@ namespace tarvex_cli {
 struct DitherColor {
     std::vector<double> values;
     double fullScale = 0;  // 0: plain samples
+    bool grey = false;     // one level that stands for every colour channel
 };
 
-// The --palette argument: a file of colours (one a line), a PNG file whose
-// distinct colours form the palette, or a list of colours such as
-// "#ff0000,#00ff00" or "255,0,0;0,255,0". Throws CliError.
-std::vector<DitherColor> readDitherPalette(const std::string &argument);
+// One colour a line; the lines `tarvex palette` prints are read too, their
+// first palette only. Throws std::invalid_argument that starts with the
+// line's number: "2: 'x' is not a number".
+std::vector<DitherColor> parseColorLines(std::string_view text);
 
 // Parses a list of colours; throws std::invalid_argument.
 std::vector<DitherColor> parseDitherColors(std::string_view text);

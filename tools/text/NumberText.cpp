@@ -56,4 +56,8 @@ std::optional<double> parseReal(std::string_view text) { return parseWhole<doubl
 std::string formatReal(double value) { return formatAny(value); }
 std::string formatReal(float value) { return formatAny(value); }
 
+std::string countOf(long long count, std::string_view noun) {
+    return std::to_string(count) + " " + std::string(noun) + (count == 1 ? "" : "s");
+}
+
 }  // namespace tarvex_cli

@@ -18,4 +18,7 @@ std::optional<double> parseReal(std::string_view text);
 std::string formatReal(double value);
 std::string formatReal(float value);
 
+// "1 channel", "3 channels".
+std::string countOf(long long count, std::string_view noun);
+
 }  // namespace tarvex_cli
