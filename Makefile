@@ -14,8 +14,15 @@ build: deps
 	cmake -S . -B $(RELEASE) -DCMAKE_BUILD_TYPE=Release
 	cmake --build $(RELEASE) -j $(JOBS)
 
-demo: build
-	scripts/demo.sh $(RELEASE)
+# Only the tool and the plug-in, built quietly: the build's output goes to a
+# log that is shown when the build fails.
+demo: deps
+	@mkdir -p $(RELEASE)
+	@echo "Building the tool and the plug-in in $(RELEASE) (log: $(RELEASE)/demo-build.log)"
+	@{ cmake -S . -B $(RELEASE) -DCMAKE_BUILD_TYPE=Release && \
+	   cmake --build $(RELEASE) -j $(JOBS) --target tarvex Tarvex; } >$(RELEASE)/demo-build.log 2>&1 || \
+	 { cat $(RELEASE)/demo-build.log; echo "make demo: the build failed" >&2; exit 1; }
+	@scripts/demo.sh $(RELEASE)
 
 test: build
 	ctest --test-dir $(RELEASE) --output-on-failure -j $(JOBS)

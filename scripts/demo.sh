@@ -8,8 +8,9 @@ tarvex="$build/tools/tarvex"
 out=${TARVEX_DEMO_OUT:-out/demo}
 mkdir -p "$out"
 
-step() { printf '\n== %s\n' "$*"; }
-show() { printf '$ tarvex %s\n' "$*"; "$tarvex" "$@" || true; }
+source "$(dirname "$0")/demo/common.sh"
+printf 'The commands below run as shown with the tool on the search path:\n'
+printf '  export PATH=%s:"$PATH"\n' "$(quoted "$(cd "$(dirname "$tarvex")" && pwd)")"
 
 step "The tool and the plug-in"
 show --version
@@ -25,6 +26,11 @@ show info --expr "$out/animation.gif"
 show palette "$out/animation.gif"
 show frames "$out/animation.gif" -o "$out/frames"
 show call ReadAllFrames str:"$out/animation.gif" --out "$out/all-frames.png"
+
+step "The same animation ten times larger, transparency as a checkerboard, written by the export"
+"$(dirname "$0")/ensure-packages.sh" python3-pil
+"$(dirname "$0")/demo/enlarge_frames.py" "$out/frames" "$out/frames-x10" 10
+show gif -o "$out/animation-x10.gif" "$out"/frames-x10/frame-*.png --delay 0.5,0.3,0.3,0.3,0.2 --dither none
 
 step "Dithering: a photo-like image against a small palette, both ways"
 palette="#000000,#ffffff,#ff0000,#00ff00,#0000ff,#ffff00,#00ffff,#ff00ff"

@@ -16,15 +16,21 @@ struct RawArrayObject : ArrayBlock {
 
 Registry<RawArrayObject> &rawArrays() { return registryOf<RawArrayObject>(); }
 
-int create(MRawArray_Data_Type type, mint rank, const mint *dimensions, MRawArray *result) {
-    if (const int code = takeCreationFault(Creation::RawArray)) return code;
+int createArray(MRawArray_Data_Type type, mint rank, const mint *dimensions, mint smallestDimension,
+                MRawArray *result) {
     if (result == nullptr) return QUORBEL_FUNCTION_ERROR;
     const std::size_t elementSize = rh_raw_array_element_size(type);
     if (elementSize == 0) return QUORBEL_TYPE_ERROR;
     if (rank < 1) return QUORBEL_RANK_ERROR;
     auto array = std::make_unique<RawArrayObject>();
     array->type = type;
-    return addArray(std::move(array), rank, dimensions, elementSize, 1, result);
+    return addArray(std::move(array), rank, dimensions, elementSize, smallestDimension, result);
+}
+
+// A plug-in cannot make an empty array, though the kernel can pass one.
+int create(MRawArray_Data_Type type, mint rank, const mint *dimensions, MRawArray *result) {
+    if (const int code = takeCreationFault(Creation::RawArray)) return code;
+    return createArray(type, rank, dimensions, 1, result);
 }
 
 void freeArray(MRawArray array) { rawArrays().remove(array); }
@@ -49,6 +55,10 @@ long liveRawArrayCount() { return rawArrays().size(); }
 }  // namespace refhost
 
 extern "C" {
+
+int rh_raw_array_new(MRawArray_Data_Type type, mint rank, const mint *dimensions, MRawArray *result) {
+    return refhost::createArray(type, rank, dimensions, 0, result);
+}
 
 size_t rh_raw_array_element_size(MRawArray_Data_Type type) {
     switch (type) {

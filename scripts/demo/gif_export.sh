@@ -11,8 +11,7 @@ out=${2:-out/demo}/gif-export
 tarvex="$build/tools/tarvex"
 mkdir -p "$out"
 
-step() { printf '\n== %s\n' "$*"; }
-show() { printf '$ tarvex %s\n' "$*"; "$tarvex" "$@" || true; }
+source "$root/scripts/demo/common.sh"
 
 step "GIF export: twelve frames panning across a photograph (scikit-image's astronaut)"
 "$root/scripts/ensure-packages.sh" python3-skimage python3-pil

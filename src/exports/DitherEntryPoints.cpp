@@ -1,4 +1,5 @@
 #include "dither/DitherImage.h"
+#include "exports/DitherCatchTable.h"
 #include "host/CallFrame.h"
 
 namespace {

@@ -1,4 +1,6 @@
 #include "color/QuantizeWorkers.h"
+#include "exports/DitherCatchTable.h"
+#include "exports/QuantizeCatchTable.h"
 #include "host/CallFrame.h"
 
 using OstrelUtils::DitherCatchTable;

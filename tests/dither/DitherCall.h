@@ -13,6 +13,7 @@
 
 #include "ForEachInstantiation.h"
 #include "Plugin.h"
+#include "refhost/refhost.hpp"
 #include "host/ElementTypes.h"
 
 namespace dither_test {
@@ -21,24 +22,6 @@ inline QuorbelImageFunctions images() { return rh_library_data(RH_TABLE_FULL)->i
 inline QuorbelRawArrayFunctions rawArrays() {
     return rh_library_data(RH_TABLE_FULL)->rawArrayFunctions;
 }
-
-// A host image or raw array freed at the end of a test's scope.
-template <typename Handle>
-struct Owned {
-    Handle handle = nullptr;
-    explicit Owned(Handle h = nullptr) : handle(h) {}
-    Owned(const Owned &) = delete;
-    Owned &operator=(const Owned &) = delete;
-    ~Owned() {
-        if (handle == nullptr) return;
-        if constexpr (std::is_same_v<Handle, MImage>)
-            images()->free(handle);
-        else
-            rawArrays()->free(handle);
-    }
-};
-using OwnedImage = Owned<MImage>;
-using OwnedRawArray = Owned<MRawArray>;
 
 struct ImageShape {
     mint slices;  // 0 or less: a 2-D image
@@ -62,8 +45,8 @@ MImage newImage(const ImageShape &shape, const std::vector<T> &samples) {
 template <typename T>
 MRawArray newRawArray(const std::vector<mint> &dimensions, const std::vector<T> &elements) {
     MRawArray array = nullptr;
-    EXPECT_EQ(rawArrays()->create(OstrelUtils::ElementType<T>::kRawArrayType,
-                                  static_cast<mint>(dimensions.size()), dimensions.data(), &array),
+    EXPECT_EQ(rh_raw_array_new(OstrelUtils::ElementType<T>::kRawArrayType,
+                               static_cast<mint>(dimensions.size()), dimensions.data(), &array),
               0);
     if (array != nullptr && !elements.empty())
         std::memcpy(rawArrays()->getData(array), elements.data(), elements.size() * sizeof(T));

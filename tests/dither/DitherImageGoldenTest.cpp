@@ -52,11 +52,11 @@ Checksums checksumsOf(const char *method, bool threeD) {
     const int paletteSize = std::is_same_v<T, signed char> ? 3 : 12;
     const std::vector<T> samples = randomSamples<T>(random, shape);
     const std::vector<T> colorMap = randomColorMap<T>(random, paletteSize, N + 1);
-    OwnedImage image(newImage<T>(shape, samples));
-    OwnedRawArray map(newRawArray<T>({paletteSize, N + 1}, colorMap));
+    rh::Image image(newImage<T>(shape, samples));
+    rh::RawArray map(newRawArray<T>({paletteSize, N + 1}, colorMap));
     MImage answer = nullptr;
-    EXPECT_EQ(callDitherImage({image.handle, map.handle, method}, &answer), 0);
-    OwnedImage result(answer);
+    EXPECT_EQ(callDitherImage({image.get(), map.get(), method}, &answer), 0);
+    rh::Image result(answer);
     const bool diffuse = std::string(method) == "FloydSteinberg";
     return {answer == nullptr ? 0 : checksumOf(samplesOf<T>(answer)),
             checksumOf(referenceDither<T, N + 1>(samples, shape, colorMap, diffuse))};

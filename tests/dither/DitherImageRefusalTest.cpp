@@ -9,7 +9,7 @@
 #include <gtest/gtest.h>
 
 #include "DitherCall.h"
-#include "host/CallFrame.h"
+#include "exports/DitherCatchTable.h"
 
 namespace {
 
@@ -23,10 +23,10 @@ const std::vector<unsigned char> kRgbPalette = {0, 0, 0, 255, 255, 255, 200, 30,
 
 // An 8-bit RGB image and a 3-colour map, valid unless a test spoils one.
 struct RgbCall {
-    OwnedImage image{newImage<unsigned char>({0, 4, 3, 3}, {})};
-    OwnedRawArray map{newRawArray<unsigned char>({3, 3}, kRgbPalette)};
+    rh::Image image{newImage<unsigned char>({0, 4, 3, 3}, {})};
+    rh::RawArray map{newRawArray<unsigned char>({3, 3}, kRgbPalette)};
     DitherArguments arguments(const std::string &method = "None") const {
-        return {image.handle, map.handle, method};
+        return {image.get(), map.get(), method};
     }
 };
 
@@ -47,42 +47,55 @@ TEST(DitherImageRefuses, BadMethodNamesColorMapsAndArgumentCounts) {
     }
     // Wrong rank, wrong column count, or another element type than the
     // image's (whose host-interface error is folded into the same code).
-    OwnedRawArray maps[] = {
-        OwnedRawArray(newRawArray<unsigned char>({9}, kRgbPalette)),
-        OwnedRawArray(newRawArray<unsigned char>({3, 3, 1}, kRgbPalette)),
-        OwnedRawArray(newRawArray<unsigned char>({2, 4}, {1, 2, 3, 4, 5, 6, 7, 8})),
-        OwnedRawArray(newRawArray<unsigned char>({3, 2}, {1, 2, 3, 4, 5, 6})),
-        OwnedRawArray(newRawArray<double>({3, 3}, {0, 0, 0, 1, 1, 1, 0.5, 0.1, 0.1}))};
-    for (const OwnedRawArray &map : maps)
-        expectRefused({call.image.handle, map.handle, "FloydSteinberg"});
-    OwnedImage bits(newImage<signed char>({0, 3, 3, 1}, {}));
-    OwnedRawArray unsignedBytes(newRawArray<unsigned char>({2, 1}, {0, 1}));
-    expectRefused({bits.handle, unsignedBytes.handle});
+    rh::RawArray maps[] = {
+        rh::RawArray(newRawArray<unsigned char>({9}, kRgbPalette)),
+        rh::RawArray(newRawArray<unsigned char>({3, 3, 1}, kRgbPalette)),
+        rh::RawArray(newRawArray<unsigned char>({2, 4}, {1, 2, 3, 4, 5, 6, 7, 8})),
+        rh::RawArray(newRawArray<unsigned char>({3, 2}, {1, 2, 3, 4, 5, 6})),
+        rh::RawArray(newRawArray<double>({3, 3}, {0, 0, 0, 1, 1, 1, 0.5, 0.1, 0.1}))};
+    for (const rh::RawArray &map : maps)
+        expectRefused({call.image.get(), map.get(), "FloydSteinberg"});
+    rh::Image bits(newImage<signed char>({0, 3, 3, 1}, {}));
+    rh::RawArray unsignedBytes(newRawArray<unsigned char>({2, 1}, {0, 1}));
+    expectRefused({bits.get(), unsignedBytes.get()});
     expectRefused(call.arguments(), kRuntimeFailure, 4);
     expectRefused(call.arguments(), kRuntimeFailure, 2);
 }
 
+// The kernel can pass an empty colour map, which no method can map to; a
+// method name that names no method is still refused as such.
+TEST(DitherImageRefuses, AnEmptyColourMap) {
+    HostBooksGuard guard;
+    const RgbCall call;
+    const rh::RawArray empty(newRawArray<unsigned char>({0, 3}, {}));
+    for (const char *method : {"None", "FloydSteinberg"}) {
+        SCOPED_TRACE(method);
+        expectRefused({call.image.get(), empty.get(), method}, kOtherFailure);
+    }
+    expectRefused({call.image.get(), empty.get(), "Nearest"}, kRuntimeFailure);
+}
+
 TEST(DitherImageRefuses, ImagesTheColourCodeCannotRead) {
     HostBooksGuard guard;
-    OwnedRawArray map(newRawArray<unsigned char>({3, 3}, kRgbPalette));
+    rh::RawArray map(newRawArray<unsigned char>({3, 3}, kRgbPalette));
     // Planar RGB, grey with alpha, five channels; then planar grey, which
     // has nothing to interleave and is accepted.
     const struct { mint channels; MImage_CS_Type space; mbool interleaved, alpha; } kinds[] = {
         {3, MImage_CS_RGB, 0, 0}, {3, MImage_CS_Gray, 1, 1}, {5, MImage_CS_Automatic, 1, 0},
         {1, MImage_CS_Gray, 0, 0}};
-    OwnedRawArray greyMap(newRawArray<unsigned char>({2, 1}, {0, 255}));
+    rh::RawArray greyMap(newRawArray<unsigned char>({2, 1}, {0, 255}));
     for (const auto &kind : kinds) {
         MImage raw = nullptr, answer = nullptr;
         ASSERT_EQ(rh_image_new(0, 4, 3, kind.channels, MImage_Type_Bit8, kind.space,
                                kind.interleaved, kind.alpha, &raw),
                   0);
-        OwnedImage image(raw);
+        rh::Image image(raw);
         if (kind.channels != 1) {
-            expectRefused({image.handle, map.handle});
+            expectRefused({image.get(), map.get()});
             continue;
         }
-        EXPECT_EQ(callDitherImage({image.handle, greyMap.handle}, &answer), 0);
-        OwnedImage result(answer);
+        EXPECT_EQ(callDitherImage({image.get(), greyMap.get()}, &answer), 0);
+        rh::Image result(answer);
     }
 }
 
@@ -91,10 +104,10 @@ TEST(DitherImageRefuses, ImagesTheColourCodeCannotRead) {
 TEST(DitherImageRefuses, AResultTheHostCannotCreate) {
     HostBooksGuard guard;
     RgbCall call;
-    OwnedImage threeD(newImage<float>({2, 3, 3, 1}, {}));
-    OwnedRawArray map(newRawArray<float>({2, 1}, {0.0f, 1.0f}));
+    rh::Image threeD(newImage<float>({2, 3, 3, 1}, {}));
+    rh::RawArray map(newRawArray<float>({2, 1}, {0.0f, 1.0f}));
     for (const DitherArguments &arguments :
-         {call.arguments("FloydSteinberg"), DitherArguments{threeD.handle, map.handle}}) {
+         {call.arguments("FloydSteinberg"), DitherArguments{threeD.get(), map.get()}}) {
         rh_fail_next_image_creation(QUORBEL_MEMORY_ERROR);
         expectRefused(arguments);
         rh_clear_faults();

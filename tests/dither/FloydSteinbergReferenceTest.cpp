@@ -39,8 +39,8 @@ TEST(FloydSteinbergReference, EveryInstantiationBothMethodsAndFlags) {
             std::vector<T> samples = randomSamples<T>(random, c.shape);
             if (c.constant) std::fill(samples.begin(), samples.end(), samples.front());
             const std::vector<T> colorMap = randomColorMap<T>(random, c.colors, N + 1);
-            OwnedImage image(newImage<T>(c.shape, samples));
-            OwnedRawArray map(newRawArray<T>({c.colors, N + 1}, colorMap));
+            rh::Image image(newImage<T>(c.shape, samples));
+            rh::RawArray map(newRawArray<T>({c.colors, N + 1}, colorMap));
             for (const bool diffuse : {false, true}) {
                 const std::vector<T> expected =
                     referenceDither<T, N + 1>(samples, c.shape, colorMap, diffuse);
@@ -49,11 +49,11 @@ TEST(FloydSteinbergReference, EveryInstantiationBothMethodsAndFlags) {
                                  << "seed " << seed << (diffuse ? " diffused" : " plain")
                                  << (flags ? " flags" : ""));
                     MImage answer = nullptr;
-                    ASSERT_EQ(callDitherImage({image.handle, map.handle,
+                    ASSERT_EQ(callDitherImage({image.get(), map.get(),
                                                diffuse ? "FloydSteinberg" : "None", flags, flags},
                                               &answer),
                               0);
-                    OwnedImage result(answer);
+                    rh::Image result(answer);
                     ASSERT_EQ(samplesOf<T>(answer), expected);
                 }
             }

@@ -2,11 +2,8 @@
 
 #include <algorithm>
 #include <bit>
-#include <filesystem>
 #include <fstream>
 #include <stdexcept>
-
-#include <unistd.h>
 
 namespace gif_test {
 namespace {
@@ -103,20 +100,6 @@ void RawGif::blocks(const std::vector<std::string> &subBlocks) {
         out_.insert(out_.end(), block.begin(), block.end());
     }
     out_.push_back(0);
-}
-
-std::string scratchPath(const std::string &name) {
-    struct ScratchDirectory {
-        std::filesystem::path path = std::filesystem::temp_directory_path() /
-                                     ("tarvex-import-" + std::to_string(::getpid()));
-        ScratchDirectory() { std::filesystem::create_directories(path); }
-        ~ScratchDirectory() {
-            std::error_code ignored;
-            std::filesystem::remove_all(path, ignored);
-        }
-    };
-    static const ScratchDirectory directory;
-    return (directory.path / name).string();
 }
 
 std::string writeFile(const std::string &name, const std::vector<std::uint8_t> &bytes) {

@@ -4,6 +4,8 @@
 #include <string>
 #include <vector>
 
+#include "Scratch.h"
+
 namespace gif_test {
 
 struct Rgb {
@@ -40,8 +42,7 @@ private:
     std::vector<std::uint8_t> out_;
 };
 
-// The scratch directory of the test binary, created on first use.
-std::string scratchPath(const std::string &name);
+using tarvex_test::scratchPath;
 std::string writeFile(const std::string &name, const std::vector<std::uint8_t> &bytes);
 
 }  // namespace gif_test

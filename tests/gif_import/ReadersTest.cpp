@@ -4,9 +4,9 @@
 #include <filesystem>
 
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include "ImportCalls.h"
+#include "UninitialisedPlugin.h"
 
 namespace gif_test {
 namespace {
@@ -153,13 +153,9 @@ TEST_F(Readers, ServeACachedFileAfterItChangedOnDisk) {
 // A second copy of the library is a second instance that was never
 // initialised: without the kernel's table it refuses before it reads an
 // argument or makes anything.
-TEST(UninitialisedReaders, RefuseWithoutTouchingAnything) {
-    const std::filesystem::path copy = std::filesystem::temp_directory_path() /
-                                       ("tarvex-import-uninit-" + std::to_string(::getpid()) + ".so");
-    std::filesystem::copy_file(TARVEX_PLUGIN_PATH, copy, std::filesystem::copy_options::overwrite_existing);
-    char error[512] = {};
-    RhPlugin *uninitialised = rh_plugin_load(copy.c_str(), error, sizeof error);
-    ASSERT_NE(uninitialised, nullptr) << error;
+using UninitialisedReaders = tarvex_test::UninitialisedPluginTest;
+
+TEST_F(UninitialisedReaders, RefuseWithoutTouchingAnything) {
     // A null file name, which the initialised instance reads as "": the
     // refusal comes from the missing initialisation, not the arguments.
     const RhValue args[2] = {{RH_NONE, {}, 0}, {RH_INTEGER, {.integer = 1}, 0}};
@@ -168,13 +164,11 @@ TEST(UninitialisedReaders, RefuseWithoutTouchingAnything) {
                                      {"ReadGlobalPalette", RH_TENSOR}, {"ClearCache", RH_BOOLEAN}}) {
         RhValue result{kind, {}, 0};
         EXPECT_NE(rh_call(tarvex_test::plugin(), name, 2, args, &result), 6) << name;
-        EXPECT_EQ(rh_call(uninitialised, name, 2, args, &result), 6) << name;
+        EXPECT_EQ(rh_call(uninitialised_, name, 2, args, &result), 6) << name;
         EXPECT_FALSE(result.written) << name;
     }
     const RhCounters after = rh_counters();
     EXPECT_EQ(std::memcmp(&after, &before, sizeof after), 0) << "the host's books changed";
-    rh_plugin_unload(uninitialised);
-    std::filesystem::remove(copy);
 }
 
 }  // namespace

@@ -2,16 +2,14 @@
 // of every call frame, before and after initialisation.
 #include <cstdio>
 #include <cstdlib>
-#include <filesystem>
 #include <set>
 #include <string>
 #include <vector>
 
-#include <unistd.h>
-
 #include <gtest/gtest.h>
 
 #include "Plugin.h"
+#include "UninitialisedPlugin.h"
 
 using tarvex_test::HostBooksGuard;
 using tarvex_test::plugin;
@@ -128,43 +126,24 @@ TEST(EntryPoints, AHandleOfTheWrongKindIsRefusedNotFollowed) {
     rh_library_data(RH_TABLE_FULL)->rawArrayFunctions->free(array);
 }
 
-// A second copy of the library is a second instance that was never
-// initialised.
-class Uninitialised : public ::testing::Test {
-protected:
-    void SetUp() override {
-        copy_ = std::filesystem::temp_directory_path() /
-                ("tarvex-uninit-" + std::to_string(::getpid()) + ".so");
-        std::filesystem::copy_file(TARVEX_PLUGIN_PATH, copy_,
-                                   std::filesystem::copy_options::overwrite_existing);
-        char error[512] = {};
-        plugin_ = rh_plugin_load(copy_.c_str(), error, sizeof error);
-        ASSERT_NE(plugin_, nullptr) << error;
-    }
-    void TearDown() override {
-        rh_plugin_unload(plugin_);
-        std::filesystem::remove(copy_);
-    }
-    std::filesystem::path copy_;
-    RhPlugin *plugin_ = nullptr;
-};
+using Uninitialised = tarvex_test::UninitialisedPluginTest;
 
 TEST_F(Uninitialised, EveryFramedExportAnswersItsCatchCode) {
     HostBooksGuard guard;
     MImage rgb = byteImage(3);
     mbool written = 1;
-    EXPECT_EQ(callWith(plugin_, "DitherImage", {image(rgb), integer(0)}, RH_IMAGE,
+    EXPECT_EQ(callWith(uninitialised_, "DitherImage", {image(rgb), integer(0)}, RH_IMAGE,
                        &written),
               -14);
     EXPECT_FALSE(written);
-    EXPECT_EQ(callWith(plugin_, "ImageQuantize", {image(rgb)}, RH_RAW_ARRAY), -14);
-    EXPECT_EQ(callWith(plugin_, "GetQuantizedImage", {image(rgb)}), -14);
-    EXPECT_EQ(callWith(plugin_, "UniqueColors", {image(rgb)}, RH_INTEGER), -14);
-    EXPECT_EQ(callWith(plugin_, "WriteFrames", std::vector<RhValue>(10, integer(0)), RH_STRING), -10);
-    EXPECT_EQ(callWith(plugin_, "WriteColormaps", std::vector<RhValue>(11, integer(0)), RH_STRING),
+    EXPECT_EQ(callWith(uninitialised_, "ImageQuantize", {image(rgb)}, RH_RAW_ARRAY), -14);
+    EXPECT_EQ(callWith(uninitialised_, "GetQuantizedImage", {image(rgb)}), -14);
+    EXPECT_EQ(callWith(uninitialised_, "UniqueColors", {image(rgb)}, RH_INTEGER), -14);
+    EXPECT_EQ(callWith(uninitialised_, "WriteFrames", std::vector<RhValue>(10, integer(0)), RH_STRING), -10);
+    EXPECT_EQ(callWith(uninitialised_, "WriteColormaps", std::vector<RhValue>(11, integer(0)), RH_STRING),
               -10);
     RhValue separator{RH_STRING, {}, 0};
-    EXPECT_EQ(rh_call(plugin_, "StringSeparator", 0, nullptr, &separator), 0);
+    EXPECT_EQ(rh_call(uninitialised_, "StringSeparator", 0, nullptr, &separator), 0);
     EXPECT_TRUE(separator.written);
     freeImage(rgb);
 }

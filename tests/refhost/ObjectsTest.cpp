@@ -64,8 +64,11 @@ TEST(Objects, BadShapesAreRefusedWithoutCreating) {
     EXPECT_EQ(image, nullptr);
 
     MRawArray array = nullptr;
-    const mint threeByZero[] = {3, 0};
+    const mint threeByZero[] = {3, 0}, zeroByThree[] = {0, 3};
     EXPECT_EQ(rawArrays().create(MRawArray_Type_UBit8, 2, threeByZero, &array), QUORBEL_DIMENSION_ERROR);
+    EXPECT_EQ(rawArrays().create(MRawArray_Type_UBit8, 2, zeroByThree, &array), QUORBEL_DIMENSION_ERROR);
+    EXPECT_EQ(rh_raw_array_new(MRawArray_Type_UBit8, 0, zeroByThree, &array), QUORBEL_RANK_ERROR);
+    EXPECT_EQ(rh_raw_array_new(MRawArray_Type_UBit8, 1, nullptr, &array), QUORBEL_DIMENSION_ERROR);
     EXPECT_EQ(rawArrays().create(MRawArray_Data_Type(13), 1, threeByZero, &array), QUORBEL_TYPE_ERROR);
     EXPECT_EQ(rawArrays().create(MRawArray_Type_UBit8, 0, threeByZero, &array), QUORBEL_RANK_ERROR);
     EXPECT_EQ(rawArrays().create(MRawArray_Type_UBit8, 1, nullptr, &array), QUORBEL_DIMENSION_ERROR);
@@ -93,6 +96,17 @@ TEST(Objects, RawArraysAndTensorsReportTheirShape) {
     EXPECT_EQ(rawArrays().getDimensions(array)[2], 4);
     EXPECT_EQ(rawArrays().getFlattenedLength(array), 24);
     std::memset(rawArrays().getData(array), 0xFF, 24 * 16);  // all of it is ours
+
+    // An empty list as the kernel passes one: no element, but a shape.
+    MRawArray emptyList = nullptr;
+    const mint zeroByThree[] = {0, 3};
+    ASSERT_EQ(rh_raw_array_new(MRawArray_Type_Real64, 2, zeroByThree, &emptyList), 0);
+    const rh::RawArray ownedList(emptyList);
+    EXPECT_EQ(rawArrays().getRank(emptyList), 2);
+    EXPECT_EQ(rawArrays().getDimensions(emptyList)[0], 0);
+    EXPECT_EQ(rawArrays().getDimensions(emptyList)[1], 3);
+    EXPECT_EQ(rawArrays().getFlattenedLength(emptyList), 0);
+    EXPECT_NE(rawArrays().getData(emptyList), nullptr);
 
     MTensor empty = nullptr, scalar = nullptr;
     const mint zero[] = {0};
@@ -145,10 +159,14 @@ TEST(Objects, CreationFaultsHitOnceAndOnlyTheirKind) {
     EXPECT_EQ(table().tensorNew(MTensor_Type_Real, 1, one, &tensor), 9);
     ASSERT_EQ(table().tensorNew(MTensor_Type_Real, 1, one, &tensor), 0);
     table().tensorFree(tensor);
-    rh_clear_faults();
+    MRawArray argument = nullptr;
+    ASSERT_EQ(rh_raw_array_new(MRawArray_Type_UBit8, 1, one, &argument), 0);  // the kernel's own
+    rawArrays().free(argument);
     MRawArray array = nullptr;
+    EXPECT_EQ(rawArrays().create(MRawArray_Type_UBit8, 1, one, &array), -7);
     ASSERT_EQ(rawArrays().create(MRawArray_Type_UBit8, 1, one, &array), 0);
     rawArrays().free(array);
+    rh_clear_faults();
 }
 
 }  // namespace

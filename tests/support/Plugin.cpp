@@ -2,6 +2,8 @@
 
 #include <cstdlib>
 
+#include "refhost/refhost.hpp"
+
 namespace tarvex_test {
 
 RhPlugin *plugin() {
@@ -33,24 +35,10 @@ HostBooksGuard::~HostBooksGuard() {
     EXPECT_EQ(after.messages, before_.messages) << "messages posted";
 }
 
-std::string format(const RhExpr *expr) {
-    if (expr == nullptr) return {};
-    char *text = rh_expr_format(expr);
-    std::string result(text);
-    std::free(text);
-    return result;
-}
-
 std::string callLink(const char *name, const char *arguments, int *code) {
-    char error[256] = {};
-    RhExpr *args = rh_expr_parse(arguments, error, sizeof error);
-    EXPECT_NE(args, nullptr) << error;
     RhExpr *answer = nullptr;
-    *code = rh_call_link(plugin(), name, args, &answer);
-    std::string text = format(answer);
-    rh_expr_free(answer);
-    rh_expr_free(args);
-    return text;
+    *code = rh_call_link(plugin(), name, rh::parse(arguments).get(), &answer);
+    return rh::format(rh::Expr(answer).get());
 }
 
 }  // namespace tarvex_test

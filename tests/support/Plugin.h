@@ -26,9 +26,6 @@ private:
     RhCounters before_;
 };
 
-// Formats an expression and frees the text.
-std::string format(const RhExpr *expr);
-
 // Calls a link export with arguments in input form and returns its answer in
 // input form (empty when there is none). The code goes to *code.
 std::string callLink(const char *name, const char *arguments, int *code);

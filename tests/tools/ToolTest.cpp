@@ -1,63 +1,24 @@
 // The tool as users run it: command lines in, output and exit status out.
 
-#include <fcntl.h>
 #include <gtest/gtest.h>
-#include <spawn.h>
-#include <sys/wait.h>
 
 #include <cstring>
 #include <filesystem>
-#include <fstream>
-#include <sstream>
 
 #include "HostTable.h"
 #include "ImageFiles.h"
 #include "PluginDiscovery.h"
 #include "Support.h"
+#include "ToolRun.h"
 #include "refhost/refhost.hpp"
 
-extern char **environ;
-
 using namespace tarvex_cli;
+using namespace tarvex_test;
 
 namespace {
 
-struct ToolRun {
-    int status;
-    std::string out;
-    std::string err;
-};
-
-std::string contents(const std::filesystem::path &file) {
-    std::ostringstream text;
-    text << std::ifstream(file, std::ios::binary).rdbuf();
-    return text.str();
-}
-
 class ToolTest : public ScratchTest {
 protected:
-    // Runs the tool with its output in files, so that neither stream can block.
-    ToolRun tool(std::vector<std::string> args, bool withPlugin = true) const {
-        if (withPlugin) args.insert(args.begin(), {"--plugin", TARVEX_PLUGIN_PATH});
-        args.insert(args.begin(), TARVEX_TOOL_PATH);
-        std::vector<char *> argv;
-        for (std::string &arg : args) argv.push_back(arg.data());
-        argv.push_back(nullptr);
-        const std::string outFile = path("stdout"), errFile = path("stderr");
-        posix_spawn_file_actions_t actions;
-        posix_spawn_file_actions_init(&actions);
-        posix_spawn_file_actions_addopen(&actions, 1, outFile.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
-        posix_spawn_file_actions_addopen(&actions, 2, errFile.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
-        pid_t child = 0;
-        const int spawned = posix_spawn(&child, argv[0], &actions, nullptr, argv.data(), environ);
-        posix_spawn_file_actions_destroy(&actions);
-        EXPECT_EQ(spawned, 0);
-        int status = 0;
-        waitpid(child, &status, 0);
-        EXPECT_TRUE(WIFEXITED(status)) << "the tool crashed: " << contents(errFile);
-        return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, contents(outFile), contents(errFile)};
-    }
-
     // A 2 x 1 RGB image: one dark, one light pixel.
     std::string twoPixelPng() const {
         MImage image = nullptr;
@@ -68,7 +29,6 @@ protected:
         writePng(image, 0, path("two.png"));
         return path("two.png");
     }
-
 };
 
 const char *const kCleanBooks =
@@ -78,13 +38,13 @@ const char *const kCleanBooks =
 }  // namespace
 
 TEST_F(ToolTest, VersionAndHelp) {
-    const std::string version = tool({"--version"}, false).out;
+    const std::string version = runTool({"--version"}, PluginArgument::Omitted).out;
     EXPECT_EQ(version.rfind("tarvex " TARVEX_EXPECTED_VERSION "\n", 0), 0u) << version;
     for (const char *library : {"\ngiflib 5.", "\nlibspng 0.", "\nlibjpeg-turbo "})
         EXPECT_NE(version.find(library), std::string::npos) << library;
     for (const auto &[args, text] : {std::pair<std::vector<std::string>, const char *>{{"--help"}, "\n  call "},
                                      {{"call", "--help"}, "raw-image:FILE:OPTIONS"}}) {
-        const ToolRun run = tool(args, false);
+        const ProgramRun run = runTool(args, PluginArgument::Omitted);
         EXPECT_EQ(run.status, 0);
         EXPECT_NE(run.out.find(text), std::string::npos);
     }
@@ -101,7 +61,7 @@ TEST_F(ToolTest, BadCommandLinesSayWhatIsWrongAndExitWithTwo) {
         {{"call", "ReadPalettes", "{\"a.gif\""}, "is not an expression"},
     };
     for (const auto &[args, message] : cases) {
-        ToolRun run = tool(args);
+        ProgramRun run = runTool(args);
         SCOPED_TRACE(run.err);
         EXPECT_EQ(run.status, 2);
         EXPECT_EQ(run.out, "");
@@ -109,9 +69,9 @@ TEST_F(ToolTest, BadCommandLinesSayWhatIsWrongAndExitWithTwo) {
         EXPECT_NE(run.err.find(message), std::string::npos);
         EXPECT_EQ(run.err.find('\n'), run.err.size() - 1) << "more than one line";
     }
-    EXPECT_EQ(tool({"--plugin"}, false).status, 2);
+    EXPECT_EQ(runTool({"--plugin"}, PluginArgument::Omitted).status, 2);
 
-    const ToolRun missing = tool({"--plugin", path("libMissing.so"), "call", "StringSeparator"}, false);
+    const ProgramRun missing = runTool({"--plugin", path("libMissing.so"), "call", "StringSeparator"}, PluginArgument::Omitted);
     EXPECT_EQ(missing.status, 1);
     EXPECT_NE(missing.err.find("cannot load the plug-in " + path("libMissing.so")), std::string::npos);
 }
@@ -133,7 +93,7 @@ TEST(PluginDiscovery, ExplicitThenEnvironmentThenBesideTheTool) {
 TEST_F(ToolTest, DitherWithARawArrayPalette) {
     const std::string png = "png:" + twoPixelPng();
     const std::string out = path("dithered.png");
-    ToolRun run = tool({"call", "DitherImage", png, "raw:uint8:{{0,0,0},{255,255,255}}", "str:None", "true", "false",
+    ProgramRun run = runTool({"call", "DitherImage", png, "raw:uint8:{{0,0,0},{255,255,255}}", "str:None", "true", "false",
                         "--out", out, "--books"});
     EXPECT_EQ(run.status, 0) << run.err;
     EXPECT_EQ(run.out, "code: 0\n"
@@ -163,7 +123,7 @@ TEST_F(ToolTest, AFailedCallExitsWithOneAndSaysSo) {
     for (const auto &[args, out] : cases) {
         std::vector<std::string> command{"call"};
         command.insert(command.end(), args.begin(), args.end());
-        const ToolRun run = tool(command);
+        const ProgramRun run = runTool(command);
         EXPECT_EQ(run.status, 1) << run.err;
         EXPECT_EQ(run.out, out);
     }

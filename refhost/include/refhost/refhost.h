@@ -84,6 +84,11 @@ void rh_clear_faults(void);
 int rh_image_new(mint slices, mint width, mint height, mint channels, MImage_Data_Type type,
                  MImage_CS_Type colorSpace, mbool interleaved, mbool alpha, MImage *result);
 
+/* A zero-filled raw array as the kernel passes one as an argument: unlike the
+   table's create, which plug-ins call, it allows a dimension of 0 (an empty
+   list, {0, 3}). It never fails by injection. */
+int rh_raw_array_new(MRawArray_Data_Type type, mint rank, const mint *dimensions, MRawArray *result);
+
 /* Bytes of one sample of the type, 0 for an unknown type. */
 size_t rh_image_sample_size(MImage_Data_Type type);
 size_t rh_raw_array_element_size(MRawArray_Data_Type type);

@@ -1,37 +1,29 @@
 // The dither and sample-image commands as users run them.
 #include <algorithm>
 #include <cstdint>
-#include <cstdlib>
 #include <cstring>
-#include <filesystem>
 #include <fstream>
 #include <set>
-#include <sstream>
 #include <string>
 #include <vector>
-
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include <gtest/gtest.h>
 
 #include "HostTable.h"
 #include "ImageFiles.h"
+#include "Scratch.h"
+#include "ToolRun.h"
+#include "refhost/refhost.hpp"
 
 namespace {
 
-namespace fs = std::filesystem;
 using namespace tarvex_cli;
-
-std::string contents(const fs::path &file) {
-    std::ostringstream text;
-    text << std::ifstream(file, std::ios::binary).rdbuf();
-    return text.str();
-}
+using namespace tarvex_test;
 
 // The distinct colours of a PNG, packed one byte a channel.
 std::set<std::uint32_t> colorsOf(const std::string &path) {
-    MImage image = readPng(path);
+    const rh::Image owned(readPng(path));
+    MImage image = owned.get();
     const QuorbelImageFunctions f = hostTable()->imageFunctions;
     const mint channels = f->getChannels(image);
     const mint size = f->getColumnCount(image) * f->getRowCount(image) * channels;
@@ -42,30 +34,17 @@ std::set<std::uint32_t> colorsOf(const std::string &path) {
         for (mint k = 0; k < channels; ++k) packed = packed << 8 | samples[i + k];
         distinct.insert(packed);
     }
-    f->free(image);
     return distinct;
 }
 
-class DitherCommand : public ::testing::Test {
+class DitherCommand : public ScratchTest {
 protected:
-    void SetUp() override {
-        directory_ = fs::temp_directory_path() / ("tarvex-dither-" + std::to_string(::getpid()));
-        fs::create_directories(directory_);
-    }
-    void TearDown() override { fs::remove_all(directory_); }
-
-    std::string path(const std::string &name) const { return (directory_ / name).string(); }
-
     // The exit status; the outputs are kept in output_ and errors_.
     int tool(const std::vector<std::string> &args) {
-        std::string command =
-            std::string("'") + TARVEX_TOOL_PATH + "' --plugin '" TARVEX_PLUGIN_PATH "'";
-        for (const std::string &arg : args) command += " '" + arg + "'";
-        command += " >'" + path("out") + "' 2>'" + path("err") + "'";
-        const int status = std::system(command.c_str());
-        errors_ = contents(path("err"));
-        output_ = contents(path("out"));
-        return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+        const ProgramRun run = runTool(args);
+        errors_ = run.err;
+        output_ = run.out;
+        return run.status;
     }
 
     std::string samplePicture(int width, int height) {
@@ -76,7 +55,6 @@ protected:
         return path("in.png");
     }
 
-    fs::path directory_;
     std::string errors_, output_;
 };
 
@@ -106,7 +84,7 @@ TEST_F(DitherCommand, PalettesFromFiles) {
         tool({"dither", path("once.png"), "-o", path("twice.png"), "--palette", path("once.png")}),
         0)
         << errors_;
-    EXPECT_EQ(contents(path("twice.png")), contents(path("once.png")));
+    EXPECT_EQ(fileContents(path("twice.png")), fileContents(path("once.png")));
 
     std::ofstream(path("bad.txt")) << "#000000\n1,2,x\n";
     EXPECT_EQ(tool({"dither", picture, "-o", path("x.png"), "--palette", path("bad.txt")}), 1);
@@ -123,7 +101,7 @@ TEST_F(DitherCommand, RealSamplesThroughRawFiles) {
         0)
         << errors_;
     EXPECT_NE(output_.find("type=real32,width=6,height=1,channels=1"), std::string::npos);
-    const std::string out = contents(path("out.raw"));
+    const std::string out = fileContents(path("out.raw"));
     ASSERT_EQ(out.size(), ramp.size() * sizeof(float));
     std::vector<float> mapped(ramp.size());
     std::memcpy(mapped.data(), out.data(), out.size());
