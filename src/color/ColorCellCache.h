@@ -13,6 +13,7 @@
 #include "color/Palette.h"
 #include "color/SampleTraits.h"
 #include "color/ZeroedArray.h"
+#include "host/MemoryBudget.h"
 
 namespace ColorUtilities {
 
@@ -66,6 +67,9 @@ public:
             strides_[k] = count;
             count *= side;
         }
+        // Every entry is written when the cache is cleared: a table larger
+        // than the machine can hold is refused before it is touched.
+        OstrelUtils::requireTableBytes(OstrelUtils::saturatedProduct(count, sizeof(std::uint32_t)));
         entries_ = ZeroedArray<std::uint32_t>(count);
     }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 #include <memory>
 
@@ -33,7 +34,9 @@ protected:
         : pixelCount_(pixelCount),
           pixels_(pixels),
           maxColors_(maxColors),
-          palette_(std::make_shared<ColorUtilities::Palette<T, N>>(maxColors)) {}
+          // No method makes more colours than there are pixels: room for
+          // more would only take memory.
+          palette_(std::make_shared<ColorUtilities::Palette<T, N>>(std::min(maxColors, pixelCount))) {}
 
     // Called by each method's constructor once it knows its precision; lo is
     // the method's first cell.

@@ -1,33 +1,14 @@
 #include "gif_import/DecodeBudget.h"
 
-#include <cerrno>
-#include <cstdlib>
-
-#include <unistd.h>
-
 #include "gif_import/DecoderCache.h"
+#include "host/MemoryBudget.h"
 
 namespace GifImport {
-namespace {
-
-std::uint64_t halfOfPhysicalMemory() {
-    const long pages = sysconf(_SC_PHYS_PAGES), pageSize = sysconf(_SC_PAGE_SIZE);
-    if (pages <= 0 || pageSize <= 0) return std::uint64_t{4} << 30;
-    return static_cast<std::uint64_t>(pages) * static_cast<std::uint64_t>(pageSize) / 2;
-}
-
-}  // namespace
 
 std::uint64_t decodeBudget() {
-    // Read on every decode, so that a process can lower it between files.
-    if (const char *text = std::getenv("TARVEX_DECODE_BUDGET"); text != nullptr && *text != '\0') {
-        char *end = nullptr;
-        errno = 0;
-        const unsigned long long bytes = std::strtoull(text, &end, 10);
-        if (errno == 0 && *end == '\0' && *text != '-') return bytes;
-    }
-    static const std::uint64_t machine = halfOfPhysicalMemory();
-    return machine;
+    std::uint64_t bytes = 0;
+    if (OstrelUtils::budgetFromEnvironment("TARVEX_DECODE_BUDGET", bytes)) return bytes;
+    return OstrelUtils::memoryBudget();
 }
 
 bool fitsDecodeBudget(std::uint64_t bytes) {

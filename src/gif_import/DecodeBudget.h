@@ -5,8 +5,8 @@
 namespace GifImport {
 
 // The bytes that all decoded files may hold together: the count given by the
-// environment variable TARVEX_DECODE_BUDGET when it is set, else half of the
-// machine's physical memory.
+// environment variable TARVEX_DECODE_BUDGET when it is set, else the memory
+// budget of a call.
 std::uint64_t decodeBudget();
 
 // Whether `bytes` more fit in the budget beside what the cached decoders hold.
