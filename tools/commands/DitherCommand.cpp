@@ -6,8 +6,7 @@
 #include "Command.h"
 #include "PaletteFiles.h"
 #include "HostTable.h"
-#include "ImageFiles.h"
-#include "ImageOutput.h"
+#include "CommandImages.h"
 #include "MethodNames.h"
 #include "Options.h"
 #include "RawSampleFile.h"
@@ -58,14 +57,6 @@ struct DitherOptions {
     std::optional<RawImageLayout> layout;
 };
 
-RawImageLayout layoutOption(const std::string &text) {
-    try {
-        return parseRawImageLayout(text);
-    } catch (const std::invalid_argument &error) {
-        throw usageError("dither: --layout: " + std::string(error.what()));
-    }
-}
-
 const std::vector<OptionSpec> kDitherOptions{
     {"--output", "-o", true}, {"--palette", {}, true}, {"--method", {}, true}, {"--layout", {}, true}};
 
@@ -79,9 +70,9 @@ DitherOptions parseOptions(const std::vector<std::string> &args) {
     options.palette = parsed.value("--palette").value_or("");
     if (auto method = parsed.value("--method"))
         options.method = choiceOption("dither", "--method", *method, kDitherMethods);
-    if (auto layout = parsed.value("--layout")) options.layout = layoutOption(*layout);
+    options.layout = layoutOption("dither", parsed.value("--layout"));
     if (options.output.empty()) throw usageError("dither: give an output file with -o");
-    if (!options.layout) imageFormatFor("dither", options.output);
+    checkOutputName("dither", {options.output, options.layout});
     if (options.palette.empty()) throw usageError("dither: give a palette with --palette");
     return options;
 }
@@ -101,19 +92,14 @@ MImage dither(MImage image, MRawArray colorMap, const std::string &method) {
 int runDither(const std::vector<std::string> &args) {
     const DitherOptions options = parseOptions(args);
     const auto colors = readDitherPalette(options.palette);
-    const rh::Image input(options.layout ? readRawImage(options.input, *options.layout) : readImageFile(options.input));
+    const rh::Image input(readCommandImage({options.input, options.layout}));
     const QuorbelImageFunctions images = hostTable()->imageFunctions;
     if (images->alphaChannelQ(input.get()))
         throw CliError(options.input + " has an alpha channel; only opaque images can be dithered");
     const rh::RawArray colorMap(
         makeColorMap(colors, images->getDataType(input.get()), images->getChannels(input.get())));
     const rh::Image result(dither(input.get(), colorMap.get(), options.method));
-    if (options.layout) {
-        writeRawImage(result.get(), options.output);
-        std::printf("%s\n", formatRawImageLayout(layoutOf(result.get())).c_str());
-    } else {
-        writeImage(result.get(), options.output);
-    }
+    writeCommandImage(result.get(), {options.output, options.layout});
     return 0;
 }
 

@@ -10,5 +10,8 @@ namespace tarvex_cli {
 // the system's reason.
 std::vector<std::byte> readFileBytes(const std::string &path);
 void writeFileBytes(const std::string &path, const void *data, std::size_t size);
+inline void writeTextFile(const std::string &path, const std::string &text) {
+    writeFileBytes(path, text.data(), text.size());
+}
 
 }  // namespace tarvex_cli

@@ -13,13 +13,6 @@
 namespace tarvex_cli {
 namespace {
 
-std::string lowerCaseExtension(const std::string &path) {
-    std::string extension = std::filesystem::path(path).extension().string();
-    std::transform(extension.begin(), extension.end(), extension.begin(),
-                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-    return extension;
-}
-
 std::optional<ImageFormat> formatOf(const std::string &path) {
     if (isStandardStream(path)) return ImageFormat::Png;
     const std::string extension = lowerCaseExtension(path);
@@ -29,6 +22,13 @@ std::optional<ImageFormat> formatOf(const std::string &path) {
 }
 
 }  // namespace
+
+std::string lowerCaseExtension(const std::string &path) {
+    std::string extension = std::filesystem::path(path).extension().string();
+    std::transform(extension.begin(), extension.end(), extension.begin(),
+                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+    return extension;
+}
 
 ImageFormat imageFormatFor(const std::string &command, const std::string &path) {
     if (auto format = formatOf(path)) return *format;

@@ -8,6 +8,9 @@ namespace tarvex_cli {
 
 enum class ImageFormat { Png, Gif };
 
+// ".png" for "a/B.PNG": the extension in lower case, with its dot.
+std::string lowerCaseExtension(const std::string &path);
+
 // The format an output file's extension asks for: .png, or .gif (any letter
 // case); "-" is PNG on standard output. Throws a usage error naming the
 // command for any other name, before anything is computed.
