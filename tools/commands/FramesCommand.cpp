@@ -11,6 +11,7 @@
 #include "GifFacts.h"
 #include "HostTable.h"
 #include "ImageOutput.h"
+#include "NumberText.h"
 #include "Options.h"
 #include "Progress.h"
 #include "refhost/refhost.hpp"
@@ -105,14 +106,17 @@ rh::Image readFrame(const std::string &file, long number) {
 void refuseStaleFrames(const Options &options, const NumberedName &name, const std::vector<long> &frames) {
     std::set<std::string> written;
     for (long frame : frames) written.insert(name(frame));
+    std::set<std::string> stale;
     std::error_code error;
     for (const auto &entry : std::filesystem::directory_iterator(options.directory, error)) {
         const std::string file = entry.path().filename().string();
-        if (name.matches(file) && written.count(file) == 0)
-            throw CliError("frames: " + (std::filesystem::path(options.directory) / file).string() +
-                           " is a frame of an earlier run that this one would not replace; remove it, or write "
-                           "to another directory or with another --name");
+        if (name.matches(file) && written.count(file) == 0) stale.insert(file);
     }
+    if (!stale.empty())
+        throw CliError("frames: " + (std::filesystem::path(options.directory) / *stale.begin()).string() +
+                       (stale.size() > 1 ? " and " + countOf(long(stale.size() - 1), "other file") : "") +
+                       " of an earlier run would stay beside this run's frames; remove them, or write to another "
+                       "directory or with another --name");
 }
 
 int runFrames(const std::vector<std::string> &args) {

@@ -137,7 +137,9 @@ int runQuantize(const std::vector<std::string> &args) {
     const QuantizedImage result = quantizedImage(input, options.settings);
     writeCommandImage(result.image, options.output);
     writeExtras(input, options);
-    const long long produced = uniqueColors(result.image, false);
+    // The plug-in may flag the last of two or four channels of its result as alpha.
+    const rh::Image countable(withAlphaAsChannel(result.image));
+    const long long produced = uniqueColors(countable ? countable.get() : result.image, false);
     const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
     if (!isQuiet())
         std::fprintf(stderr, "tarvex quantize: %s%s, %.2f s\n", countOf(produced, "colour").c_str(),
