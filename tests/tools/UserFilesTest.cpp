@@ -70,10 +70,15 @@ TEST_F(UserFiles, DashIsStandardInputAndOutput) {
     std::ofstream(path("piped.png"), std::ios::binary) << png.out;
     EXPECT_EQ(readTestPng(path("piped.png")).width, 16);
 
-    ASSERT_EQ(runTool({"sample-gif", path("a.gif")}).status, 0);
-    const ProgramRun info = runTool({"info", "-"}, PluginArgument::Added, fileContents(path("a.gif")));
+    const ProgramRun gif = runTool({"sample-gif", "-"});
+    ASSERT_EQ(gif.status, 0);
+    ASSERT_TRUE(startsWith(gif.out, "GIF89a"));
+    const ProgramRun info = runTool({"info", "-"}, PluginArgument::Added, gif.out);
     EXPECT_EQ(info.status, 0) << info.err;
     EXPECT_NE(info.out.find("24x24 canvas, 5 frames"), std::string::npos) << info.out;
+    const ProgramRun animation = runTool({"gif", "-o", "-", "-", "--delay", "0.5"}, PluginArgument::Added, gif.out);
+    ASSERT_EQ(animation.status, 0) << animation.err;
+    EXPECT_TRUE(startsWith(animation.out, "GIF89a"));
 }
 
 TEST_F(UserFiles, FailuresKeepTheirReason) {

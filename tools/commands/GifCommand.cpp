@@ -11,6 +11,7 @@
 #include "Command.h"
 #include "PaletteFiles.h"
 #include "Escapes.h"
+#include "FileAccess.h"
 #include "GifFrameInputs.h"
 #include "GifWriter.h"
 #include "HostTable.h"
@@ -29,7 +30,7 @@ pictures, grey or RGB, one frame each, and GIF files, whose composited frames
 are taken in order. Every frame must have the same size. RGB frames are
 reduced to 256 colours each; grey frames share one map of their levels.
 
-  -o OUT.gif             the file to write
+  -o OUT.gif             the file to write; - for standard output
   --delay S[,S...]       seconds each frame shows: one for all, or one per
                          frame (default 0.1)
   --loop N               plays of the animation, 0 for forever (default 0)
@@ -44,12 +45,19 @@ reduced to 256 colours each; grey frames share one map of their levels.
                          3 restore to previous: one for all, or one per frame
   --palette P            write indices against this colour map instead
                          (WriteColormaps): each frame is first mapped to it
-                         with DitherImage. P is a list of colours
-                         ("#ff0000,#00ff00" or "255,0,0;0,255,0"), a text file
-                         of colours or a PNG file; at most 256 colours.
+                         with DitherImage. P is anything dither --palette
+                         takes (colours, a named palette such as web or 332,
+                         a text file, an image, a GIF's palette); at most 256
+                         colours.
+  -q, --quiet            no summary and no progress line
 
-A COLOR is "#rrggbb", "r,g,b" or one grey level. A one-line summary goes to
-standard output; long inputs show their progress on standard error.
+An input may be - for standard input. A COLOR is "#rrggbb", "r,g,b" or one
+grey level. A one-line summary goes to standard output (not when writing to
+standard output); long jobs show their progress on standard error.
+
+Examples:
+  tarvex gif -o anim.gif frame-*.png --delay 0.08 --loop 0
+  tarvex gif -o small.gif big.gif --palette 332 --dither none
 )";
 
 struct GifOptions {
@@ -158,7 +166,7 @@ std::vector<std::uint8_t> indexedFrames(FrameSequence &frames, MRawArray colorMa
     return indices;
 }
 
-void writeWithPalette(FrameSequence &frames, const GifOptions &o) {
+void writeWithPalette(FrameSequence &frames, const GifOptions &o, const std::string &file) {
     const std::vector<DitherColor> colors = readDitherPalette(o.palette);
     if (colors.empty() || colors.size() > 256)
         throw CliError(o.palette + ": " + std::to_string(colors.size()) + " colours; a GIF map holds 1 to 256");
@@ -170,7 +178,7 @@ void writeWithPalette(FrameSequence &frames, const GifOptions &o) {
     indexed.frames = frames.count();
     indexed.height = frames.height;
     indexed.width = frames.width;
-    writeIndexedGif(indexed, o.settings, o.output);
+    writeIndexedGif(indexed, o.settings, file);
 }
 
 int runGif(const std::vector<std::string> &args) {
@@ -186,18 +194,22 @@ int runGif(const std::vector<std::string> &args) {
     }
     checkPerFrame("--delay", o.settings.delays.size(), frames.count());
     checkPerFrame("--disposal", o.settings.disposals.size(), frames.count());
-    if (!o.palette.empty()) {
-        writeWithPalette(frames, o);
-    } else {
-        const rh::Image image(frameImage(frames));
-        writeImageGif(image.get(), o.settings, o.output);
-    }
+    std::uintmax_t bytes = 0;
+    writeOutput(o.output, [&](const std::string &file) {
+        if (!o.palette.empty()) {
+            writeWithPalette(frames, o, file);
+        } else {
+            const rh::Image image(frameImage(frames));
+            writeImageGif(image.get(), o.settings, file);
+        }
+        bytes = std::filesystem::file_size(file);
+    });
     const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-    if (!isQuiet())
+    if (!isQuiet() && !isStandardStream(o.output))
         std::printf("%s: %lld %s of %lldx%lld, %llu bytes, %.2f s\n", o.output.c_str(),
                     static_cast<long long>(frames.count()), frames.count() == 1 ? "frame" : "frames",
                     static_cast<long long>(frames.width), static_cast<long long>(frames.height),
-                    static_cast<unsigned long long>(std::filesystem::file_size(o.output)), seconds);
+                    static_cast<unsigned long long>(bytes), seconds);
     return 0;
 }
 

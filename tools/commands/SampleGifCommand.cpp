@@ -6,12 +6,13 @@
 #include <gif_lib.h>
 
 #include "Command.h"
+#include "FileAccess.h"
 #include "Options.h"
 
 namespace tarvex_cli {
 namespace {
 
-const char kSampleGifHelp[] = R"(usage: tarvex sample-gif OUT.gif
+const char kSampleGifHelp[] = R"(usage: tarvex sample-gif OUT.gif    (- for standard output)
 
 Writes a small animated GIF (24x24, five frames, looping forever) that shows
 what the import side composites: a white card on a transparent background,
@@ -113,17 +114,19 @@ int runSampleGif(const std::vector<std::string> &args) {
     const ParsedOptions parsed = readOptions("sample-gif", args, {});
     if (parsed.operands().size() != 1) throw usageError("sample-gif: give the file to write");
     const std::string &path = parsed.operands().front();
-    int error = 0;
-    GifFileType *gif = EGifOpenFileName(path.c_str(), false, &error);
-    if (gif == nullptr) throw CliError("cannot write " + path + ": " + GifErrorString(error));
-    try {
-        writeSample(gif, path);
-    } catch (...) {
-        EGifCloseFile(gif, nullptr);
-        throw;
-    }
-    if (EGifCloseFile(gif, &error) != GIF_OK) throw CliError("cannot write " + path + ": " + GifErrorString(error));
-    std::printf("%s\n", path.c_str());
+    writeOutput(path, [](const std::string &file) {
+        int error = 0;
+        GifFileType *gif = EGifOpenFileName(file.c_str(), false, &error);
+        if (gif == nullptr) throw CliError("cannot write " + file + ": " + GifErrorString(error));
+        try {
+            writeSample(gif, file);
+        } catch (...) {
+            EGifCloseFile(gif, nullptr);
+            throw;
+        }
+        if (EGifCloseFile(gif, &error) != GIF_OK) throw CliError("cannot write " + file + ": " + GifErrorString(error));
+    });
+    if (!isStandardStream(path)) std::printf("%s\n", path.c_str());
     return 0;
 }
 

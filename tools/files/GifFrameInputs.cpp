@@ -4,6 +4,7 @@
 #include <fstream>
 
 #include "Command.h"
+#include "FileAccess.h"
 #include "GifFacts.h"
 #include "HostTable.h"
 #include "ImageFiles.h"
@@ -74,7 +75,8 @@ void FrameSequence::promoteToRgb() {
     channels = 3;
 }
 
-void appendFrames(FrameSequence &frames, const std::string &path) {
+void appendFrames(FrameSequence &frames, const std::string &argument) {
+    const std::string path = readablePath(argument);
     if (isGifFile(path)) {
         appendGifFrames(frames, path);
         return;
