@@ -109,3 +109,14 @@ TEST_F(PaletteArgument, ChannelCountsAreCheckedAndGreyFitsRgb) {
     EXPECT_EQ(runTool({"dither", rgb, "-o", path("y.png"), "--palette", "grey16"}).status, 0);
     EXPECT_EQ(runTool({"dither", grey, "-o", path("z.png"), "--palette", "web"}).status, 1);
 }
+
+TEST_F(PaletteArgument, PaletteCommandSpeaksJson) {
+    const ProgramRun json = runTool({"palette", "--json", sampleGif()});
+    ASSERT_EQ(json.status, 0) << json.err;
+    EXPECT_EQ(json.out, "{\n"
+                        "  \"global\": [[128, 128, 128], [255, 255, 255], [220, 30, 30], [30, 60, 200]],\n"
+                        "  \"frames\": [\n"
+                        "    {\"frame\": 5, \"local\": [[0, 0, 0], [255, 200, 0]]}\n"
+                        "  ]\n"
+                        "}\n");
+}
