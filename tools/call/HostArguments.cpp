@@ -9,6 +9,7 @@
 #include "HostTable.h"
 #include "ImageFiles.h"
 #include "KeyValues.h"
+#include "NumberText.h"
 #include "TypeNames.h"
 
 namespace tarvex_cli {
@@ -31,11 +32,11 @@ std::vector<std::byte> elementBytes(const ArrayElements &elements, std::size_t e
     const std::string &path = *elements.file;
     if (dimensions.empty()) {
         if (bytes.size() % elementSize != 0)
-            throw usageError(path + " holds " + std::to_string(bytes.size()) + " bytes, not a whole number of " +
+            throw usageError(path + " holds " + countOf(long(bytes.size()), "byte") + ", not a whole number of " +
                              std::to_string(elementSize) + "-byte elements");
         dimensions = {static_cast<mint>(bytes.size() / elementSize)};
     } else if (bytes.size() != checkedByteCount(dimensions, elementSize)) {
-        throw usageError(path + " holds " + std::to_string(bytes.size()) + " bytes, but the dimensions need " +
+        throw usageError(path + " holds " + countOf(long(bytes.size()), "byte") + ", but the dimensions need " +
                          std::to_string(checkedByteCount(dimensions, elementSize)));
     }
     return bytes;

@@ -16,6 +16,7 @@
 #include "GifWriter.h"
 #include "HostTable.h"
 #include "MethodNames.h"
+#include "NumberText.h"
 #include "Options.h"
 #include "Progress.h"
 #include "refhost/refhost.hpp"
@@ -130,8 +131,8 @@ GifOptions parseOptions(const std::vector<std::string> &args) {
 
 void checkPerFrame(const char *option, std::size_t given, mint frames) {
     if (given != 1 && mint(given) != frames)
-        throw usageError(std::string("gif: ") + option + " gives " + std::to_string(given) +
-                         " values for " + std::to_string(frames) + " frames; give one or one per frame");
+        throw usageError(std::string("gif: ") + option + " gives " + countOf(long(given), "value") + " for " +
+                         countOf(frames, "frame") + "; give one or one per frame");
 }
 
 // Each frame mapped to the caller's colours by DitherImage, as indices.

@@ -9,6 +9,7 @@
 #include "Command.h"
 #include "HostTable.h"
 #include "KeyValues.h"
+#include "NumberText.h"
 #include "TypeNames.h"
 
 namespace tarvex_cli {
@@ -96,7 +97,7 @@ MImage readRawImage(const std::string &path, const RawImageLayout &layout) {
     const std::size_t expected = rawImageByteCount(layout);
     std::vector<std::byte> bytes = readFileBytes(path);
     if (bytes.size() != expected)
-        throw usageError(path + " holds " + std::to_string(bytes.size()) + " bytes, but " +
+        throw usageError(path + " holds " + countOf(long(bytes.size()), "byte") + ", but " +
                          formatRawImageLayout(layout) + " needs " + std::to_string(expected));
     if (layout.type == MImage_Type_Bit) checkBitSamples(bytes, path);
     MImage image = nullptr;
