@@ -140,9 +140,9 @@ TEST_F(QuantizeCommand, RefusalsOfTheCommandLine) {
         {{"quantize", in, "-o", path("q.png"), "--method", "kmeans"}, "--method is median-cut, wu, octree"},
         {{"quantize", in, "-o", path("q.png"), "--dither", "fs"}, "--dither is none, floyd-steinberg"},
         {{"quantize", in, "-o", path("q.png"), "--colors", "4", "--colors", "8"}, "--colors is given more than once"},
-        {{"quantize", in, in, "-o", path("q.png")}, "one input image only"},
+        {{"quantize", in, in, "-o", path("q.png")}, "quantize: give one input image, not 2"},
         {{"colors", in, "--json"}, "colors: unknown option --json"},
-        {{"colors"}, "give one image"},
+        {{"colors"}, "colors: give one image"},
     };
     for (const auto &[args, message] : cases) {
         const ProgramRun run = runTool(args);

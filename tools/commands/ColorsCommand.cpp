@@ -33,8 +33,8 @@ const std::vector<OptionSpec> kColorsOptions{{"--ordered"}, {"--layout", {}, tru
 
 int runColors(const std::vector<std::string> &args) {
     const ParsedOptions parsed = readOptions("colors", args, kColorsOptions);
-    if (parsed.operands().size() != 1) throw usageError("colors: give one image");
-    const rh::Image read(readCommandImage({parsed.operands().front(), layoutOption("colors", parsed.value("--layout"))}));
+    const rh::Image read(
+        readCommandImage({onlyOperand("colors", parsed, "image"), layoutOption("colors", parsed.value("--layout"))}));
     const rh::Image opaque(withAlphaAsChannel(read.get()));
     std::printf("%lld\n", uniqueColors(opaque ? opaque.get() : read.get(), parsed.has("--ordered")));
     return 0;

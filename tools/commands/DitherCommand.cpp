@@ -63,9 +63,7 @@ const std::vector<OptionSpec> kDitherOptions{
 DitherOptions parseOptions(const std::vector<std::string> &args) {
     const ParsedOptions parsed = readOptions("dither", args, kDitherOptions);
     DitherOptions options;
-    if (parsed.operands().size() > 1) throw usageError("dither: one input image only");
-    if (parsed.operands().empty()) throw usageError("dither: give an input image");
-    options.input = parsed.operands().front();
+    options.input = onlyOperand("dither", parsed, "input image");
     options.output = parsed.value("--output").value_or("");
     options.palette = parsed.value("--palette").value_or("");
     if (auto method = parsed.value("--method"))

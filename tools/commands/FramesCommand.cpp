@@ -68,9 +68,7 @@ std::vector<FrameRange> rangesOption(const ParsedOptions &parsed) {
 Options parseOptions(const std::vector<std::string> &args) {
     const ParsedOptions parsed = readOptions("frames", args, kFramesOptions);
     Options options;
-    if (parsed.operands().size() > 1) throw usageError("frames: one file at a time");
-    if (parsed.operands().empty()) throw usageError("frames: which GIF file?");
-    options.file = parsed.operands().front();
+    options.file = onlyOperand("frames", parsed, "GIF file");
     options.directory = parsed.value("--output").value_or("");
     if (options.directory.empty()) throw usageError("frames: where to? give -o DIR");
     options.frames = rangesOption(parsed);

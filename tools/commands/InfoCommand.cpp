@@ -133,9 +133,7 @@ const std::vector<OptionSpec> kInfoOptions{{"--expr"}, {"--json"}};
 
 int runInfo(const std::vector<std::string> &args) {
     const ParsedOptions parsed = readOptions("info", args, kInfoOptions);
-    if (parsed.operands().size() > 1) throw usageError("info: one file at a time");
-    if (parsed.operands().empty()) throw usageError("info: which GIF file?");
-    const std::string &file = parsed.operands().front();
+    const std::string &file = onlyOperand("info", parsed, "GIF file");
     const bool expr = parsed.has("--expr"), json = parsed.has("--json");
     if (expr && json) throw usageError("info: --expr and --json exclude each other");
     const GifFacts facts = readGifFacts(readablePath(file));

@@ -94,6 +94,12 @@ ParsedOptions readOptions(std::string_view command, const std::vector<std::strin
     return Reader(command, words, specs, placement).read();
 }
 
+const std::string &onlyOperand(std::string_view command, const ParsedOptions &parsed, std::string_view what) {
+    const std::size_t count = parsed.operands().size();
+    if (count == 1) return parsed.operands().front();
+    throw refusal(command, "give one " + std::string(what) + (count > 1 ? ", not " + std::to_string(count) : ""));
+}
+
 std::int64_t wholeNumberOption(std::string_view command, std::string_view option, const std::string &text,
                                std::int64_t low, std::int64_t high) {
     const auto value = parseInt64(text);

@@ -48,6 +48,10 @@ ParsedOptions readOptions(std::string_view command, const std::vector<std::strin
                           const std::vector<OptionSpec> &specs,
                           OptionPlacement placement = OptionPlacement::Anywhere);
 
+// The one operand a command takes; otherwise a usage error
+// "COMMAND: give one WHAT" (", not 2" when there are more).
+const std::string &onlyOperand(std::string_view command, const ParsedOptions &parsed, std::string_view what);
+
 // Option values that must be numbers; the whole word must be the number.
 // Usage errors name the command, the option and what it needs.
 std::int64_t wholeNumberOption(std::string_view command, std::string_view option, const std::string &text,

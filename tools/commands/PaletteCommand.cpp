@@ -89,8 +89,7 @@ void printJson(const Palettes &palettes) {
 
 int runPalette(const std::vector<std::string> &args) {
     const ParsedOptions parsed = readOptions("palette", args, {{"--json"}});
-    if (parsed.operands().size() != 1) throw usageError("palette: give one GIF file");
-    const Palettes palettes = readPalettes(readablePath(parsed.operands().front()));
+    const Palettes palettes = readPalettes(readablePath(onlyOperand("palette", parsed, "GIF file")));
     if (parsed.has("--json")) printJson(palettes);
     else printText(palettes);
     std::fflush(stdout);

@@ -74,12 +74,10 @@ const std::vector<OptionSpec> kQuantizeOptions{
 
 QuantizeOptions parseOptions(const std::vector<std::string> &args) {
     const ParsedOptions parsed = readOptions("quantize", args, kQuantizeOptions);
-    if (parsed.operands().size() > 1) throw usageError("quantize: one input image only");
-    if (parsed.operands().empty()) throw usageError("quantize: give an input image");
     if (!parsed.has("--output")) throw usageError("quantize: give an output file with -o");
     QuantizeOptions options;
     const auto layout = layoutOption("quantize", parsed.value("--layout"));
-    options.input = {parsed.operands().front(), layout};
+    options.input = {onlyOperand("quantize", parsed, "input image"), layout};
     options.output = {*parsed.value("--output"), layout};
     QuantizeSettings &s = options.settings;
     if (auto colors = parsed.value("--colors")) s.colors = wholeNumberOption("quantize", "--colors", *colors, 1, 65536);

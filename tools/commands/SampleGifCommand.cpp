@@ -112,8 +112,7 @@ void writeSample(GifFileType *gif, const std::string &path) {
 
 int runSampleGif(const std::vector<std::string> &args) {
     const ParsedOptions parsed = readOptions("sample-gif", args, {});
-    if (parsed.operands().size() != 1) throw usageError("sample-gif: give the file to write");
-    const std::string &path = parsed.operands().front();
+    const std::string &path = onlyOperand("sample-gif", parsed, "file to write");
     writeOutput(path, [](const std::string &file) {
         int error = 0;
         GifFileType *gif = EGifOpenFileName(file.c_str(), false, &error);

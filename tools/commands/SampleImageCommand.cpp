@@ -28,9 +28,7 @@ std::int64_t side(const ParsedOptions &parsed, std::string_view option, std::int
 
 int runSampleImage(const std::vector<std::string> &args) {
     const ParsedOptions parsed = readOptions("sample-image", args, kSampleImageOptions);
-    if (parsed.operands().size() > 1) throw usageError("sample-image: one output file only");
-    if (parsed.operands().empty()) throw usageError("sample-image: give an output file");
-    const std::string &output = parsed.operands().front();
+    const std::string &output = onlyOperand("sample-image", parsed, "output file");
     const std::int64_t width = side(parsed, "--width", 640), height = side(parsed, "--height", 480);
     const auto samples =
         tarvex_sample::samplePicture(static_cast<std::uint32_t>(width), static_cast<std::uint32_t>(height));
