@@ -60,6 +60,9 @@ TEST_F(UserFiles, TheOutputNameChoosesTheFormat) {
         EXPECT_FALSE(std::filesystem::exists(path("out.jpg")));
     }
     expectOneLine(runTool({"quantize", in, "-o", path("many.gif"), "--colors", "257"}), 2, "at most 256 colours");
+    expectOneLine(runTool({"gif", "-o", path("anim.png"), in}), 2, "gif: writes GIF files");
+    expectOneLine(runTool({"sample-gif", path("anim.png")}), 2, "sample-gif: writes a GIF file");
+    EXPECT_FALSE(std::filesystem::exists(path("anim.png")));
 }
 
 TEST_F(UserFiles, DashIsStandardInputAndOutput) {

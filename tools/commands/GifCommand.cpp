@@ -15,6 +15,7 @@
 #include "GifFrameInputs.h"
 #include "GifWriter.h"
 #include "HostTable.h"
+#include "ImageOutput.h"
 #include "MethodNames.h"
 #include "NumberText.h"
 #include "Options.h"
@@ -124,6 +125,8 @@ GifOptions parseOptions(const std::vector<std::string> &args) {
     if (auto disposals = parsed.value("--disposal")) o.disposals = numberList("--disposal", *disposals);
     if (options.output.empty()) throw usageError("gif: give the file to write with -o");
     if (options.inputs.empty()) throw usageError("gif: give at least one input picture");
+    if (!isStandardStream(options.output) && imageFormatFor("gif", options.output) != ImageFormat::Gif)
+        throw usageError("gif: writes GIF files; name the output FILE.gif");
     for (double d : o.disposals)
         if (d != std::floor(d) || d < 0 || d > 3) badValue("--disposal", std::to_string(d), "modes 0 to 3");
     return options;

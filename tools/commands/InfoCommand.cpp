@@ -23,6 +23,9 @@ its composited picture and the palette it draws with.
            ReadFrameMetadata and ReadPalettes wrote, one per line
   --json   print the same facts as one JSON object
 
+FILE.gif may be - for standard input. Comments are printed with control
+characters escaped (\033), so that nothing in a file acts on the terminal.
+
 Frames that lie outside the canvas or have no colours are not counted:
 they are left out by the plug-in and the others are numbered on.
 )";

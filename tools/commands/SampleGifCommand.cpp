@@ -7,6 +7,7 @@
 
 #include "Command.h"
 #include "FileAccess.h"
+#include "ImageOutput.h"
 #include "Options.h"
 
 namespace tarvex_cli {
@@ -113,6 +114,8 @@ void writeSample(GifFileType *gif, const std::string &path) {
 int runSampleGif(const std::vector<std::string> &args) {
     const ParsedOptions parsed = readOptions("sample-gif", args, {});
     const std::string &path = onlyOperand("sample-gif", parsed, "file to write");
+    if (!isStandardStream(path) && imageFormatFor("sample-gif", path) != ImageFormat::Gif)
+        throw usageError("sample-gif: writes a GIF file; name it FILE.gif");
     writeOutput(path, [](const std::string &file) {
         int error = 0;
         GifFileType *gif = EGifOpenFileName(file.c_str(), false, &error);

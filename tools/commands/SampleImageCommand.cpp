@@ -3,7 +3,7 @@
 
 #include "Command.h"
 #include "HostTable.h"
-#include "ImageFiles.h"
+#include "ImageOutput.h"
 #include "Options.h"
 #include "SamplePicture.h"
 #include "refhost/refhost.hpp"
@@ -29,6 +29,7 @@ std::int64_t side(const ParsedOptions &parsed, std::string_view option, std::int
 int runSampleImage(const std::vector<std::string> &args) {
     const ParsedOptions parsed = readOptions("sample-image", args, kSampleImageOptions);
     const std::string &output = onlyOperand("sample-image", parsed, "output file");
+    imageFormatFor("sample-image", output);
     const std::int64_t width = side(parsed, "--width", 640), height = side(parsed, "--height", 480);
     const auto samples =
         tarvex_sample::samplePicture(static_cast<std::uint32_t>(width), static_cast<std::uint32_t>(height));
@@ -37,7 +38,7 @@ int runSampleImage(const std::vector<std::string> &args) {
         throw CliError("the host cannot make a " + std::to_string(width) + " x " + std::to_string(height) + " image");
     const rh::Image owned(image);
     std::memcpy(hostTable()->imageFunctions->getRawData(image), samples.data(), samples.size());
-    writePng(image, 0, output);
+    writeImage(image, output);
     return 0;
 }
 
