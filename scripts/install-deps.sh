@@ -5,7 +5,7 @@ set -euo pipefail
 
 packages=(
   build-essential cmake pkg-config
-  libgif-dev libutfcpp-dev libspng-dev libturbojpeg0-dev
+  libgif-dev libutfcpp-dev libspng-dev libturbojpeg0-dev zlib1g-dev
   libgtest-dev libgmock-dev libbenchmark-dev
   python3-pil
 )

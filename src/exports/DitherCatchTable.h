@@ -1,7 +1,8 @@
 #pragma once
 
-#include <exception>
 #include <stdexcept>
+
+#include "exports/CatchClauses.h"
 
 namespace OstrelUtils {
 
@@ -9,13 +10,7 @@ namespace OstrelUtils {
 // (-10), so that a failed allocation is not reported as a refused argument.
 struct DitherCatchTable {
     static int code(std::exception_ptr failure) noexcept {
-        try {
-            std::rethrow_exception(failure);
-        } catch (const std::runtime_error &) {
-            return -14;
-        } catch (...) {
-            return -10;
-        }
+        return twoClauseCode<std::runtime_error>(failure, [](const std::runtime_error &) { return -14; }, -10);
     }
 };
 

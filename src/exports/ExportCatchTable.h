@@ -1,7 +1,6 @@
 #pragma once
 
-#include <exception>
-
+#include "exports/CatchClauses.h"
 #include "gif_export/ExportError.h"
 
 namespace GifExport {
@@ -10,13 +9,8 @@ namespace GifExport {
 // a host-interface failure included.
 struct ExportCatchTable {
     static int code(std::exception_ptr failure) noexcept {
-        try {
-            std::rethrow_exception(failure);
-        } catch (const ExportError &error) {
-            return error.status();
-        } catch (...) {
-            return -10;
-        }
+        return OstrelUtils::twoClauseCode<ExportError>(failure, [](const ExportError &error) { return error.status(); },
+                                                       -10);
     }
 };
 

@@ -1,11 +1,11 @@
 // What both exports write, read back by giflib, by the plug-in's own import
 // and by an independent decoder.
-#include <cstdio>
-#include <memory>
+#include <optional>
 #include <set>
 
 #include "ExportCalls.h"
 #include "ImportCalls.h"
+#include "ToolRun.h"
 
 namespace export_test {
 namespace {
@@ -36,16 +36,16 @@ std::vector<std::uint8_t> importedColors(const std::string &path) {
 
 // Pillow's reading of the frames as RGB bytes; none when Pillow is missing.
 std::optional<std::vector<std::uint8_t>> pillowColors(const std::string &path) {
-    if (std::system("/usr/bin/python3 -c 'import PIL' >/dev/null 2>&1") != 0) return std::nullopt;
-    const std::string command =
-        "/usr/bin/python3 -c 'import sys\nfrom PIL import Image, ImageSequence\n"
+    const char *const python3 = "/usr/bin/python3";
+    const tarvex_test::ProgramRun probe = tarvex_test::runProgram(python3, {"-c", "import PIL"});
+    if (!probe.started || probe.status != 0) return std::nullopt;
+    const char *const script =
+        "import sys\nfrom PIL import Image, ImageSequence\n"
         "for f in ImageSequence.Iterator(Image.open(sys.argv[1])): "
-        "sys.stdout.buffer.write(f.convert(\"RGB\").tobytes())' " + path;
-    std::unique_ptr<FILE, int (*)(FILE *)> pipe(popen(command.c_str(), "r"), pclose);
-    if (!pipe) return std::nullopt;
-    std::vector<std::uint8_t> bytes;
-    for (int c; (c = std::fgetc(pipe.get())) != EOF;) bytes.push_back(std::uint8_t(c));
-    return bytes;
+        "sys.stdout.buffer.write(f.convert('RGB').tobytes())";
+    const tarvex_test::ProgramRun python = tarvex_test::runProgram(python3, {"-c", script, path});
+    EXPECT_EQ(python.status, 0) << python.err;
+    return std::vector<std::uint8_t>(python.out.begin(), python.out.end());
 }
 
 void expectEveryDecoderAgrees(const std::string &path, const std::vector<std::uint8_t> &expected) {

@@ -2,6 +2,8 @@
 
 #include <cstdlib>
 
+#include "refhost/refhost.hpp"
+
 namespace gif_test {
 namespace {
 
@@ -16,6 +18,7 @@ Picture takePicture(int code, const RhValue &result) {
     if (code != 0 || !picture.written) return picture;
     const QuorbelImageFunctions images = table()->imageFunctions;
     MImage image = result.value.image;
+    const rh::Image owned(image);
     picture.width = images->getColumnCount(image);
     picture.height = images->getRowCount(image);
     picture.channels = images->getChannels(image);
@@ -24,7 +27,6 @@ Picture takePicture(int code, const RhValue &result) {
     const auto *data = static_cast<const std::uint8_t *>(images->getRawData(image));
     picture.samples.assign(data, data + picture.width * picture.height * picture.channels *
                                             picture.slices);
-    images->free(image);
     return picture;
 }
 
@@ -81,11 +83,11 @@ Tensor readGlobalPalette(const std::string &path) {
     tensor.written = result.written != 0;
     if (tensor.code != 0 || !tensor.written) return tensor;
     MTensor handle = result.value.tensor;
+    const rh::Tensor owned(handle);
     const mint *dims = table()->tensorGetDimensions(handle);
     tensor.dimensions.assign(dims, dims + table()->tensorGetRank(handle));
     const mint *data = table()->tensorGetIntegerData(handle);
     tensor.values.assign(data, data + table()->tensorGetFlattenedLength(handle));
-    table()->tensorFree(handle);
     return tensor;
 }
 

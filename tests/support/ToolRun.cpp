@@ -33,12 +33,9 @@ ProgramRun runProgram(const std::string &program, const std::vector<std::string>
     posix_spawn_file_actions_addopen(&actions, 1, out.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
     posix_spawn_file_actions_addopen(&actions, 2, err.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
     pid_t child = 0;
-    const int spawned = posix_spawn(&child, argv[0], &actions, nullptr, argv.data(), environ);
+    const int spawned = posix_spawnp(&child, argv[0], &actions, nullptr, argv.data(), environ);
     posix_spawn_file_actions_destroy(&actions);
-    if (spawned != 0) {
-        ADD_FAILURE() << "cannot start " << program << ": " << std::strerror(spawned);
-        return {-1, {}, {}};
-    }
+    if (spawned != 0) return {-1, {}, "cannot start " + program + ": " + std::strerror(spawned), false};
     int status = 0;
     waitpid(child, &status, 0);
     ProgramRun run{WIFEXITED(status) ? WEXITSTATUS(status) : -1, fileContents(out), fileContents(err)};
