@@ -4,7 +4,7 @@
 #include <cmath>
 #include <cstdint>
 #include <cstring>
-#include <set>
+#include <map>
 #include <type_traits>
 #include <vector>
 
@@ -106,11 +106,13 @@ struct LexicographicLess {
 // makes of it: only the tree itself can say.
 template <typename T, int N>
 std::uint64_t countInOrderedTree(const T *pixels, std::uint64_t pixelCount, std::uint64_t limit) {
-    std::set<std::array<T, N + 1>, LexicographicLess<T, N>> seen;
+    std::map<std::array<T, N + 1>, std::uint64_t, LexicographicLess<T, N>> seen;
     return countNewColors<T, N>(pixels, pixelCount, limit, [&](const T *pixel) {
         std::array<T, N + 1> color;
         for (int k = 0; k <= N; ++k) color[k] = pixel[k];
-        return seen.insert(color).second;
+        const auto [entry, fresh] = seen.try_emplace(color, 0);
+        ++entry->second;
+        return fresh;
     });
 }
 

@@ -96,9 +96,12 @@ private:
     template <typename V>
     void cumulate(std::vector<V> &table) const {
         for (int axis = 0; axis <= N; ++axis) {
-            const std::uint64_t stride = strides_[axis];
-            for (std::uint64_t position = 0; position < table.size(); ++position)
-                if ((position / stride) % side_ != 0) table[position] += table[position - stride];
+            // Blocks of `side` planes along the axis; each plane after the
+            // first adds the one below it.
+            const std::uint64_t stride = strides_[axis], block = stride * side_;
+            for (std::uint64_t start = 0; start < table.size(); start += block)
+                for (std::uint64_t position = start + stride; position < start + block; ++position)
+                    table[position] += table[position - stride];
         }
     }
 

@@ -1,0 +1,201 @@
+// ImageQuantize, GetQuantizedImage and UniqueColors through the reference
+// host: result shapes and types, the shortcuts, and every refusal with its
+// code, leaving the host's books as they were.
+#include <cstdlib>
+#include <limits>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "QuantizeCall.h"
+
+namespace {
+
+using namespace quant_test;
+using tarvex_test::HostBooksGuard;
+
+constexpr int kQuantizeFailure = -14;
+
+// Three colours on a 4 x 2 RGB picture.
+const std::vector<unsigned char> kThreeColours = {0,   0,   0,   255, 0,   0,   0,   0, 0,   255, 0, 0,
+                                                  0,   0,   255, 0,   0,   255, 0,   0, 0,   0,   0, 0};
+
+struct ThreeColourImage {
+    OwnedImage image{newImage<unsigned char>({0, 4, 2, 3}, kThreeColours)};
+};
+
+TEST(ImageQuantize, PaletteRowsPastTheLastColourRepeatIt) {
+    HostBooksGuard guard;
+    ThreeColourImage picture;
+    for (mint method : {kMedianCut, kWu, kOctree}) {
+        MRawArray answer = nullptr;
+        ASSERT_EQ(callImageQuantize({picture.image.handle, 16, "None", true, method, 6}, &answer), 0);
+        OwnedRawArray palette(answer);
+        EXPECT_EQ(dimensionsOf(answer), (std::vector<mint>{16, 3}));
+        const auto rows = elementsOf<unsigned char>(answer);
+        for (std::size_t i = 3; i < 16; ++i)
+            for (std::size_t k = 0; k < 3; ++k) EXPECT_EQ(rows[i * 3 + k], rows[2 * 3 + k]) << method;
+    }
+}
+
+TEST(ImageQuantize, IndexArrayTypeFollowsTheColourCount) {
+    HostBooksGuard guard;
+    ThreeColourImage picture;
+    const struct {
+        mint colorCount;
+        MRawArray_Data_Type type;
+    } cases[] = {{1, MRawArray_Type_UBit8},
+                 {256, MRawArray_Type_UBit8},
+                 {257, MRawArray_Type_UBit16},
+                 {65536, MRawArray_Type_UBit16},
+                 {65537, MRawArray_Type_UBit32},
+                 {mint{1} << 32, MRawArray_Type_UBit32},
+                 {(mint{1} << 32) + 3, MRawArray_Type_UBit64}};
+    for (const auto &c : cases) {
+        MRawArray answer = nullptr;
+        ASSERT_EQ(callImageQuantize({picture.image.handle, c.colorCount, "FloydSteinberg", false, kMedianCut}, &answer),
+                  0)
+            << c.colorCount;
+        OwnedRawArray indices(answer);
+        EXPECT_EQ(rawArrays()->getType(answer), c.type) << c.colorCount;
+        EXPECT_EQ(dimensionsOf(answer), (std::vector<mint>{1, 2, 4}));
+    }
+}
+
+TEST(ImageQuantize, IndicesPointAtEachPixelsOwnColourWhenThePaletteHoldsThemAll) {
+    HostBooksGuard guard;
+    ThreeColourImage picture;
+    MRawArray paletteAnswer = nullptr, indexAnswer = nullptr;
+    ASSERT_EQ(callImageQuantize({picture.image.handle, 3, "None", true, kWu, 6}, &paletteAnswer), 0);
+    ASSERT_EQ(callImageQuantize({picture.image.handle, 3, "None", false, kWu, 6}, &indexAnswer), 0);
+    OwnedRawArray palette(paletteAnswer), indices(indexAnswer);
+    const auto colours = elementsOf<unsigned char>(paletteAnswer);
+    const auto index = elementsOf<unsigned char>(indexAnswer);
+    for (std::size_t p = 0; p < index.size(); ++p)
+        for (std::size_t k = 0; k < 3; ++k) EXPECT_EQ(colours[index[p] * 3 + k], kThreeColours[p * 3 + k]);
+}
+
+TEST(GetQuantizedImage, ReturnsTheInputItselfWhenItHasNoMoreColoursThanAskedFor) {
+    HostBooksGuard guard;
+    ThreeColourImage picture;
+    for (mint colorCount : {mint{8}, mint{3}, mint{100}}) {
+        MImage answer = nullptr;
+        ASSERT_EQ(callGetQuantizedImage({picture.image.handle, colorCount, "Bogus", false, 99}, &answer), 0);
+        EXPECT_EQ(answer, picture.image.handle) << colorCount;
+    }
+    MImage answer = nullptr;
+    ASSERT_EQ(callGetQuantizedImage({picture.image.handle, 2, "None", false, kMedianCut}, &answer), 0);
+    OwnedImage redrawn(answer);
+    EXPECT_NE(answer, picture.image.handle);
+    EXPECT_EQ(images()->getChannels(answer), 3);
+}
+
+TEST(GetQuantizedImage, KeepsTheSliceCountOfThreeDimensionalImages) {
+    HostBooksGuard guard;
+    Random random(5);
+    const ImageShape shape{3, 7, 5, 2};
+    OwnedImage image(newImage<unsigned short>(shape, randomSamples<unsigned short>(random, shape)));
+    MImage answer = nullptr;
+    ASSERT_EQ(callGetQuantizedImage({image.handle, 4, "FloydSteinberg", false, kOctree}, &answer), 0);
+    OwnedImage redrawn(answer);
+    EXPECT_EQ(images()->getRank(answer), 3);
+    EXPECT_EQ(images()->getSliceCount(answer), 3);
+}
+
+TEST(UniqueColors, CountsBothWaysAndEachNaNPixelApartWhenHashed) {
+    HostBooksGuard guard;
+    ThreeColourImage picture;
+    for (bool ordered : {false, true}) {
+        mint count = 0;
+        ASSERT_EQ(callUniqueColors(picture.image.handle, ordered, &count), 0);
+        EXPECT_EQ(count, 3);
+    }
+    const float nan = std::numeric_limits<float>::quiet_NaN();
+    OwnedImage reals(newImage<float>({0, 4, 1, 1}, {nan, nan, 0.5f, 0.5f}));
+    mint count = 0;
+    ASSERT_EQ(callUniqueColors(reals.handle, false, &count), 0);
+    EXPECT_EQ(count, 3);
+}
+
+void expectQuantizeRefused(const QuantizeArguments &arguments) {
+    MRawArray array = nullptr;
+    EXPECT_EQ(callImageQuantize(arguments, &array), kQuantizeFailure);
+    EXPECT_EQ(array, nullptr);
+    if (array != nullptr) rawArrays()->free(array);
+    MImage image = nullptr;
+    EXPECT_EQ(callGetQuantizedImage(arguments, &image), kQuantizeFailure);
+    EXPECT_EQ(image, nullptr);
+}
+
+TEST(QuantizeRefuses, BadCountsMethodsDitherNamesAndImages) {
+    HostBooksGuard guard;
+    Random random(9);
+    const ImageShape shape{0, 6, 6, 3};
+    OwnedImage image(newImage<unsigned char>(shape, randomSamples<unsigned char>(random, shape)));
+    for (mint colorCount : {mint{0}, mint{-5}})
+        expectQuantizeRefused({image.handle, colorCount, "None", false, 99});
+    for (mint method : {mint{0}, mint{4}, mint{256}})
+        expectQuantizeRefused({image.handle, 4, "None", false, method});
+    expectQuantizeRefused({image.handle, 4, "none", false, kWu});
+
+    OwnedImage alpha;
+    ASSERT_EQ(rh_image_new(0, 3, 3, 4, MImage_Type_Bit8, MImage_CS_RGB, 1, 1, &alpha.handle), 0);
+    OwnedImage planar;
+    ASSERT_EQ(rh_image_new(0, 3, 3, 2, MImage_Type_Bit8, MImage_CS_Automatic, 0, 0, &planar.handle), 0);
+    OwnedImage fiveChannels;
+    ASSERT_EQ(rh_image_new(0, 3, 3, 5, MImage_Type_Bit8, MImage_CS_Automatic, 1, 0, &fiveChannels.handle), 0);
+    for (MImage bad : {alpha.handle, planar.handle, fiveChannels.handle}) {
+        expectQuantizeRefused({bad, 2, "None", false, kWu});
+        mint count = 0;
+        EXPECT_EQ(callUniqueColors(bad, false, &count), kQuantizeFailure);
+    }
+    // A one-channel planar image is packed all the same.
+    OwnedImage grey;
+    ASSERT_EQ(rh_image_new(0, 3, 3, 1, MImage_Type_Bit8, MImage_CS_Gray, 0, 0, &grey.handle), 0);
+    mint count = 0;
+    EXPECT_EQ(callUniqueColors(grey.handle, false, &count), 0);
+}
+
+TEST(QuantizeRefuses, ResultArraysTheHostCannotCreate) {
+    HostBooksGuard guard;
+    Random random(11);
+    const ImageShape shape{0, 9, 4, 3};
+    OwnedImage image(newImage<unsigned char>(shape, randomSamples<unsigned char>(random, shape)));
+    for (bool paletteOnly : {false, true}) {
+        rh_fail_next_raw_array_creation(1);
+        MRawArray array = nullptr;
+        EXPECT_EQ(callImageQuantize({image.handle, 4, "FloydSteinberg", paletteOnly, kOctree}, &array),
+                  kQuantizeFailure);
+        EXPECT_EQ(array, nullptr);
+    }
+    rh_fail_next_image_creation(1);
+    MImage redrawn = nullptr;
+    EXPECT_EQ(callGetQuantizedImage({image.handle, 4, "None", false, kMedianCut}, &redrawn), kQuantizeFailure);
+    EXPECT_EQ(redrawn, nullptr);
+    rh_clear_faults();
+}
+
+// A table of 2^32 cells (median cut on four 8-bit channels at 8 bits) or
+// 257^4 cells (Wu likewise) is refused before it is allocated.
+TEST(QuantizeRefuses, TablesLargerThanTheMemoryBudget) {
+    HostBooksGuard guard;
+    ASSERT_EQ(setenv("TARVEX_MEMORY_BUDGET", "1000000000", 1), 0);
+    Random random(13);
+    const ImageShape shape{0, 5, 5, 4};
+    OwnedImage image(newImage<unsigned char>(shape, randomSamples<unsigned char>(random, shape)));
+    for (mint method : {kMedianCut, kWu}) {
+        MRawArray array = nullptr;
+        EXPECT_EQ(callImageQuantize({image.handle, 4, "None", true, method, 8}, &array), kQuantizeFailure);
+        EXPECT_EQ(array, nullptr);
+    }
+    // The octree's own memory follows the colours; the cell cache of the
+    // mapping after it is the table that does not fit.
+    MRawArray array = nullptr;
+    EXPECT_EQ(callImageQuantize({image.handle, 4, "None", false, kOctree, 8}, &array), kQuantizeFailure);
+    ASSERT_EQ(callImageQuantize({image.handle, 4, "None", true, kOctree, 8}, &array), 0);
+    OwnedRawArray palette(array);
+    unsetenv("TARVEX_MEMORY_BUDGET");
+}
+
+}  // namespace

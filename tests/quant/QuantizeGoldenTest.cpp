@@ -1,0 +1,101 @@
+// Quantization output, fixed to the bit: checksums of every method's palette,
+// Floyd-Steinberg index array and redrawn image for every instantiation, 2-D
+// and 3-D, on fixed pseudo-random images. Any change that alters one sample or
+// index fails here.
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <map>
+#include <string>
+
+#include <gtest/gtest.h>
+
+#include "QuantizeCall.h"
+
+namespace {
+
+using namespace quant_test;
+
+std::uint64_t fnv1a(const void *data, std::size_t size) {
+    std::uint64_t hash = 0xcbf29ce484222325ULL;
+    const auto *bytes = static_cast<const unsigned char *>(data);
+    for (std::size_t i = 0; i < size; ++i) hash = (hash ^ bytes[i]) * 0x100000001b3ULL;
+    return hash;
+}
+
+template <typename T>
+std::uint64_t checksumOf(const std::vector<T> &values) {
+    return fnv1a(values.data(), values.size() * sizeof(T));
+}
+
+template <typename T>
+std::string typeName() {
+    if constexpr (std::is_same_v<T, signed char>) return "bit";
+    if constexpr (std::is_same_v<T, unsigned char>) return "byte";
+    if constexpr (std::is_same_v<T, unsigned short>) return "bit16";
+    if constexpr (std::is_same_v<T, float>) return "real32";
+    return "real64";
+}
+
+struct MethodCase {
+    const char *name;
+    mint number;
+    mint bits;
+};
+constexpr MethodCase kMethods[] = {{"median-cut", kMedianCut, 5}, {"wu", kWu, 4}, {"octree", kOctree, 4}};
+
+// The three answers of one method on one image: palette, indices, redrawn.
+template <typename T, int N>
+std::array<std::uint64_t, 3> checksumsOf(const MethodCase &method, bool threeD) {
+    const std::string name = typeName<T>();
+    Random random(fnv1a(name.data(), name.size()) ^ (N * 7919) ^ (threeD ? 1 : 0));
+    const ImageShape shape{threeD ? 3 : 0, 29, 17, N + 1};
+    OwnedImage image(newImage<T>(shape, randomSamples<T>(random, shape)));
+    const mint colors = std::is_same_v<T, signed char> ? 3 : 12;
+    std::array<std::uint64_t, 3> sums{};
+    MRawArray palette = nullptr, indices = nullptr;
+    EXPECT_EQ(callImageQuantize({image.handle, colors, "None", true, method.number, method.bits}, &palette), 0);
+    EXPECT_EQ(callImageQuantize({image.handle, colors, "FloydSteinberg", false, method.number, method.bits},
+                                &indices),
+              0);
+    OwnedRawArray ownedPalette(palette), ownedIndices(indices);
+    if (palette != nullptr) sums[0] = checksumOf(elementsOf<T>(palette));
+    if (indices != nullptr) sums[1] = checksumOf(elementsOf<unsigned char>(indices));
+    MImage redrawn = nullptr;
+    EXPECT_EQ(callGetQuantizedImage({image.handle, colors, "None", false, method.number, method.bits}, &redrawn),
+              0);
+    // An image with no more colours than asked for comes back itself.
+    OwnedImage ownedRedrawn(redrawn == image.handle ? nullptr : redrawn);
+    if (redrawn != nullptr) sums[2] = checksumOf(samplesOf<T>(redrawn));
+    return sums;
+}
+
+const std::map<std::string, std::uint64_t> kGolden = {
+#include "QuantizeGolden.inc"
+};
+
+TEST(QuantizeGolden, EveryMethodAndInstantiationTwoAndThreeDimensions) {
+    tarvex_test::HostBooksGuard guard;
+    const bool print = std::getenv("TARVEX_PRINT_GOLDEN") != nullptr;
+    forEachInstantiation([&]<typename T, int N>() {
+        for (const MethodCase &method : kMethods)
+            for (const bool threeD : {false, true}) {
+                const auto sums = checksumsOf<T, N>(method, threeD);
+                const char *parts[] = {"palette", "indices", "redrawn"};
+                for (int p = 0; p < 3; ++p) {
+                    const std::string key = typeName<T>() + "/" + std::to_string(N + 1) + "/" + method.name +
+                                            "/" + parts[p] + (threeD ? "/3D" : "/2D");
+                    if (print) {
+                        std::printf("    {\"%s\", 0x%016llxULL},\n", key.c_str(),
+                                    static_cast<unsigned long long>(sums[p]));
+                        continue;
+                    }
+                    const auto golden = kGolden.find(key);
+                    ASSERT_NE(golden, kGolden.end()) << key;
+                    EXPECT_EQ(sums[p], golden->second) << key;
+                }
+            }
+    });
+}
+
+}  // namespace
