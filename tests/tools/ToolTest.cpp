@@ -48,6 +48,14 @@ TEST_F(ToolTest, VersionAndHelp) {
         EXPECT_EQ(run.status, 0);
         EXPECT_NE(run.out.find(text), std::string::npos);
     }
+    // Every command explains itself, usage line first, without loading the plug-in.
+    const std::string overview = runTool({"--help"}, PluginArgument::Omitted).out;
+    for (const Command &command : commands()) {
+        const ProgramRun help = runTool({command.name, "--help"}, PluginArgument::Omitted);
+        EXPECT_EQ(help.status, 0) << command.name;
+        EXPECT_EQ(help.out.rfind(std::string("usage: tarvex ") + command.name, 0), 0u) << help.out;
+        EXPECT_NE(overview.find(std::string("\n  ") + command.name + " "), std::string::npos) << command.name;
+    }
 }
 
 TEST_F(ToolTest, BadCommandLinesSayWhatIsWrongAndExitWithTwo) {
