@@ -8,11 +8,13 @@ namespace tarvex_cli {
 namespace {
 
 // -14 and -10 say only that the export failed. What the tool has not checked
-// beforehand is, in practice, memory for the method's tables.
-CliError exportFailure(const char *name, int code) {
-    return CliError(std::string(name) + " failed with code " + std::to_string(code) +
-                    ": the plug-in could not work on this image (the method's tables grow with --bits and the "
-                    "channels; a lower --bits needs less memory)");
+// beforehand is, in practice, memory: for a quantizer, its tables.
+CliError exportFailure(const std::string &name, int code) {
+    const bool quantizer = name != "DitherImage" && name != "UniqueColors";
+    return CliError(name + " failed with code " + std::to_string(code) + ": the plug-in could not work on this image" +
+                    (quantizer ? " (the method's tables grow with --bits and the channels; a lower --bits needs "
+                                 "less memory)"
+                               : ""));
 }
 
 RhValue integer(mint value) { return {RH_INTEGER, {.integer = value}, 0}; }
@@ -48,6 +50,14 @@ MRawArray quantizeImage(MImage image, const QuantizeSettings &s, bool paletteOnl
                  integer(s.method), integer(s.bits)},
                 RH_RAW_ARRAY)
         .value.rawArray;
+}
+
+MImage ditherImage(MImage image, MRawArray colorMap, const std::string &method) {
+    return call("DitherImage",
+                {{RH_IMAGE, {.image = image}, 0}, {RH_RAW_ARRAY, {.rawArray = colorMap}, 0}, string(method),
+                 boolean(false), boolean(false)},
+                RH_IMAGE)
+        .value.image;
 }
 
 long long uniqueColors(MImage image, bool ordered) {

@@ -28,6 +28,10 @@ QuantizedImage quantizedImage(MImage image, const QuantizeSettings &settings);
 // ImageQuantize: the palette, or every pixel's index; the caller frees it.
 MRawArray quantizeImage(MImage image, const QuantizeSettings &settings, bool paletteOnly);
 
+// DitherImage against a colour map of the image's type, without the
+// sorted-search and cache flags; the caller frees the result.
+MImage ditherImage(MImage image, MRawArray colorMap, const std::string &method);
+
 // UniqueColors.
 long long uniqueColors(MImage image, bool ordered);
 

@@ -3,6 +3,7 @@
 #include <stdexcept>
 #include <string>
 
+#include "ColorExports.h"
 #include "Command.h"
 #include "PaletteFiles.h"
 #include "HostTable.h"
@@ -75,18 +76,6 @@ DitherOptions parseOptions(const std::vector<std::string> &args) {
     return options;
 }
 
-MImage dither(MImage image, MRawArray colorMap, const std::string &method) {
-    const RhValue args[5] = {{RH_IMAGE, {.image = image}, 0},
-                             {RH_RAW_ARRAY, {.rawArray = colorMap}, 0},
-                             {RH_STRING, {.string = method.c_str()}, 0},
-                             {RH_BOOLEAN, {.boolean = 0}, 0},
-                             {RH_BOOLEAN, {.boolean = 0}, 0}};
-    RhValue result{RH_IMAGE, {}, 0};
-    const int code = rh_call(plugin(), "DitherImage", 5, args, &result);
-    if (code != 0) throw CliError("DitherImage failed with code " + std::to_string(code));
-    return result.value.image;
-}
-
 int runDither(const std::vector<std::string> &args) {
     const DitherOptions options = parseOptions(args);
     const auto colors = readDitherPalette(options.palette);
@@ -96,7 +85,7 @@ int runDither(const std::vector<std::string> &args) {
         throw CliError(options.input + " has an alpha channel; only opaque images can be dithered");
     const rh::RawArray colorMap(
         makeColorMap(colors, images->getDataType(input.get()), images->getChannels(input.get())));
-    const rh::Image result(dither(input.get(), colorMap.get(), options.method));
+    const rh::Image result(ditherImage(input.get(), colorMap.get(), options.method));
     writeCommandImage(result.get(), {options.output, options.layout});
     return 0;
 }

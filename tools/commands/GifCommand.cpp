@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "ColorExports.h"
 #include "Command.h"
 #include "PaletteFiles.h"
 #include "Escapes.h"
@@ -154,15 +155,7 @@ std::vector<std::uint8_t> indexedFrames(FrameSequence &frames, MRawArray colorMa
                           {frames.samples.begin() + long(k * pixels * 3),
                            frames.samples.begin() + long((k + 1) * pixels * 3)}};
         const rh::Image image(frameImage(one));
-        const RhValue args[5] = {{RH_IMAGE, {.image = image.get()}, 0},
-                                 {RH_RAW_ARRAY, {.rawArray = colorMap}, 0},
-                                 {RH_STRING, {.string = o.dither.c_str()}, 0},
-                                 {RH_BOOLEAN, {.boolean = 0}, 0},
-                                 {RH_BOOLEAN, {.boolean = 0}, 0}};
-        RhValue result{RH_IMAGE, {}, 0};
-        if (const int code = rh_call(plugin(), "DitherImage", 5, args, &result); code != 0)
-            throw CliError("DitherImage failed with code " + std::to_string(code));
-        const rh::Image mapped(result.value.image);
+        const rh::Image mapped(ditherImage(image.get(), colorMap, o.dither));
         const auto *rgb = static_cast<const std::uint8_t *>(hostTable()->imageFunctions->getRawData(mapped.get()));
         for (std::size_t i = 0; i < pixels; ++i)
             indices.push_back(indexOf.at(std::uint32_t(rgb[3 * i]) << 16 | std::uint32_t(rgb[3 * i + 1]) << 8 | rgb[3 * i + 2]));
