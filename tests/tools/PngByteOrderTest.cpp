@@ -1,6 +1,7 @@
 // The tool's PNG files against a reading and a writing made without the PNG
 // library: a byte-order mistake made in both directions cannot pass.
 #include <cstdint>
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -24,6 +25,10 @@ struct Layout {
     std::uint8_t colorType;
     int bitDepth;
 };
+
+std::ostream &operator<<(std::ostream &out, const Layout &layout) {
+    return out << layout.channels << " channels of " << layout.bitDepth << " bits";
+}
 
 // Samples whose bytes all differ from their neighbours, so that swapped
 // bytes, swapped channels or a shifted row all show.
