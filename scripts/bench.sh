@@ -9,7 +9,7 @@ build=${1:-build/release}
 for program in "$build"/bench/*_benchmark; do
   [ -x "$program" ] || continue
   # Its file is built by its comparison script below.
-  [ "$(basename "$program")" = import_benchmark ] && continue
+  case "$(basename "$program")" in import_benchmark | quantize_benchmark) continue ;; esac
   printf '\n== %s\n' "$(basename "$program")"
   taskset -c 0 "$program" --benchmark_min_time=1 "${@:2}"
 done
@@ -19,6 +19,9 @@ printf '\n== compare_import.sh\n'
 # DitherImage beside Pillow on photographs, with ratios.
 printf '\n== compare_dither\n'
 "$(dirname "$0")/../bench/compare_dither.sh" "$build"
+
+printf '\n== Quantization beside Pillow and numpy\n'
+"$root/bench/compare_quantize.sh" "$build"
 
 printf '\n== GIF export beside its peers\n'
 "$root/bench/compare_gif_export.sh" "$build"

@@ -4,8 +4,10 @@
 #include <array>
 #include <cstdint>
 #include <memory>
+#include <type_traits>
 #include <vector>
 
+#include "color/KeyNumbers.h"
 #include "color/MeanChannel.h"
 #include "color/Quantizer.h"
 
@@ -32,6 +34,10 @@ class Octree final : public Quantizer<T, N> {
         std::uint32_t count = 0;  // pixels that passed through
         std::uint32_t own = 0;    // pixels whose colour the node holds
         std::array<double, N + 1> sums{};
+        // Of the subtree, kept for the passes that step over it: the smallest
+        // count and the number of nodes that hold colours.
+        std::uint32_t rarest = 0;
+        std::uint32_t holders = 0;
 
         std::uint32_t childrenWithPointers() const {
             return static_cast<std::uint32_t>(
@@ -45,13 +51,12 @@ public:
         this->setPrecision(bits, 0);
     }
 
-    void quantize() override {
-        fillLevelSizes();
-        makeRoot();
-        insertPixels();
-        reduce();
-        appendColors(*root_);
-    }
+    void quantize() override { build(std::is_integral_v<T>); }
+
+    // The same palette, inserting one pixel at a time: the plain way, which
+    // real samples always take, since their sums depend on the order they
+    // are added in.
+    void quantizePixelByPixel() { build(false); }
 
     void reset() override {
         leafCount_ = 0;
@@ -79,12 +84,27 @@ private:
         ++nodeCount_;
     }
 
-    void insertPixels() {
+    void build(bool byLeaves) {
+        fillLevelSizes();
+        makeRoot();
+        if constexpr (std::is_integral_v<T>)
+            if (byLeaves) insertByLeaves();
+        if (!byLeaves) insertPixelByPixel();
+        reduce(byLeaves);
+        appendColors(*root_);
+    }
+
+    // The plain insertion, one pixel at a time. Real samples always take it:
+    // their sums depend on the order they are added in.
+    void insertPixelByPixel() {
         const T *pixel = this->pixels_;
         for (std::uint32_t i = 0; i < this->pixelCount_; ++i, pixel += N + 1) {
             Node *node = root_.get();
             for (int level = 1; level <= depth_; ++level) {
-                node = &childFor(*node, pixel, level);
+                std::uint32_t index = 0;
+                for (int k = 0; k <= N; ++k)
+                    if (static_cast<double>(pixel[k]) > node->centre[k]) index += 1u << k;
+                node = &childAt(*node, index, level);
                 ++node->count;
             }
             ++node->own;
@@ -92,11 +112,103 @@ private:
         }
     }
 
-    // A sample exactly on the centre goes to the lower half.
-    Node &childFor(Node &node, const T *pixel, int level) {
-        std::uint32_t index = 0;
-        for (int k = 0; k <= N; ++k)
-            if (static_cast<double>(pixel[k]) > node.centre[k]) index += 1u << k;
+    // The same tree for integer samples, faster. A channel's turn at each
+    // level depends only on its own value and earlier turns, so each value's
+    // turns are worked out once; a pixel's leaf is then a few lookups. Sums
+    // of integers are exact in any order, so pixels are tallied per leaf
+    // and the leaves inserted once each.
+    void insertByLeaves() {
+        const auto turns = turnTables();
+        LeafTally tally(static_cast<std::uint32_t>(depth_ * (N + 1)));
+        const T *pixel = this->pixels_;
+        for (std::uint32_t i = 0; i < this->pixelCount_; ++i, pixel += N + 1) {
+            std::uint32_t leaf = 0;
+            for (int k = 0; k <= N; ++k) leaf |= turns[k][static_cast<std::make_unsigned_t<T>>(pixel[k])];
+            tally.add(leaf, pixel);
+        }
+        tally.forEachLeaf([&](std::uint32_t leaf, std::uint32_t count, const std::array<std::int64_t, N + 1> &sums) {
+            Node *node = root_.get();
+            for (int level = 1; level <= depth_; ++level) {
+                node = &childAt(*node, (leaf >> ((depth_ - level) * (N + 1))) & (kChildren - 1), level);
+                node->count += count;
+            }
+            node->own += count;
+            for (int k = 0; k <= N; ++k) node->sums[k] += static_cast<double>(sums[k]);
+        });
+    }
+
+    // For each channel and sample value, its turns at every level as bits of
+    // a leaf key: level 1 in the highest group, channel k at bit k of each.
+    std::array<std::vector<std::uint32_t>, N + 1> turnTables() const {
+        constexpr std::size_t kValues = std::size_t{1} << (8 * sizeof(T));
+        std::array<std::vector<std::uint32_t>, N + 1> turns;
+        for (int k = 0; k <= N; ++k) {
+            turns[k].resize(kValues);
+            for (std::size_t u = 0; u < kValues; ++u) {
+                const double value = static_cast<double>(static_cast<T>(u));
+                double centre = root_->centre[k];
+                std::uint32_t key = 0;
+                for (int level = 1; level <= depth_; ++level) {
+                    const bool upper = value > centre;
+                    key |= std::uint32_t{upper} << ((depth_ - level) * (N + 1) + k);
+                    const double half = 0.5 * levelSize_[level][k];
+                    centre = centre + (upper ? half : -half);
+                }
+                turns[k][u] = key;
+            }
+        }
+        return turns;
+    }
+
+    // Pixels and channel sums per leaf key: a dense table for short keys,
+    // numbered keys otherwise.
+    class LeafTally {
+    public:
+        explicit LeafTally(std::uint32_t keyBits) : dense_(keyBits <= kDenseBits) {
+            if (dense_) {
+                counts_.assign(std::size_t{1} << keyBits, 0);
+                sums_.assign((std::size_t{1} << keyBits) * (N + 1), 0);
+            }
+        }
+
+        void add(std::uint32_t leaf, const T *pixel) {
+            std::size_t slot = leaf;
+            if (!dense_) {
+                bool fresh = false;
+                slot = numbers_.numberOf(leaf, fresh);
+                if (fresh) {
+                    leaves_.push_back(leaf);
+                    counts_.push_back(0);
+                    sums_.resize(sums_.size() + N + 1, 0);
+                }
+            }
+            ++counts_[slot];
+            for (int k = 0; k <= N; ++k) sums_[slot * (N + 1) + k] += pixel[k];
+        }
+
+        template <class Visit>
+        void forEachLeaf(Visit &&visit) const {
+            std::array<std::int64_t, N + 1> sums;
+            for (std::size_t slot = 0; slot < counts_.size(); ++slot) {
+                if (counts_[slot] == 0) continue;
+                for (int k = 0; k <= N; ++k) sums[k] = sums_[slot * (N + 1) + k];
+                visit(dense_ ? static_cast<std::uint32_t>(slot) : leaves_[slot], counts_[slot], sums);
+            }
+        }
+
+    private:
+        static constexpr std::uint32_t kDenseBits = 20;
+        struct LeafHash {
+            std::uint64_t operator()(std::uint32_t key) const { return mix64(key); }
+        };
+        bool dense_;
+        std::vector<std::uint32_t> counts_;
+        std::vector<std::int64_t> sums_;
+        std::vector<std::uint32_t> leaves_;
+        KeyNumbers<std::uint32_t, LeafHash> numbers_;
+    };
+
+    Node &childAt(Node &node, std::uint32_t index, int level) {
         std::unique_ptr<Node> &child = node.children[index];
         if (!child) {
             child = std::make_unique<Node>();
@@ -113,33 +225,79 @@ private:
         return *child;
     }
 
-    void reduce() {
+    void reduce(bool skipping) {
         // Unsigned on purpose: with fewer leaves than colours the excess is
         // huge, and one pass with threshold 1 still prunes single pixels.
         excess_ = static_cast<std::int64_t>(std::uint64_t{leafCount_ - this->maxColors_});
         nextThreshold_ = 1;
         if (leafCount_ == this->maxColors_) return;
+        if (skipping) summarise(*root_);
         do {
             threshold_ = nextThreshold_;
             nextThreshold_ = root_->count - 1;
             leafCount_ = 0;
-            prunePass(*root_);
+            if (skipping)
+                prunePassSkipping(*root_);
+            else
+                prunePass(*root_);
             excess_ = std::int64_t{leafCount_} - std::int64_t{this->maxColors_};
             // A root without children cannot lose more colours; asking for
             // fewer than it holds (none) would otherwise never end.
         } while (excess_ > 0 && root_->childrenWithPointers() > 0);
     }
 
+    // Prunes, bottom up, the nodes that few pixels pass through, while there
+    // are more colours than asked for.
     void prunePass(Node &node) {
         for (auto &child : node.children)
             if (child) prunePass(*child);
-        if (node.count <= threshold_ && excess_ > 0) {
-            if (node.parent->childrenWithPointers() >= 2) --excess_;
-            pruneChild(*node.parent, node.index);
-            return;
-        }
+        if (pruneIfRare(node)) return;
+        countSurvivor(node);
+    }
+
+    bool pruneIfRare(Node &node) {
+        if (node.count > threshold_ || excess_ <= 0) return false;
+        if (node.parent->childrenWithPointers() >= 2) --excess_;
+        pruneChild(*node.parent, node.index);
+        return true;
+    }
+
+    void countSurvivor(const Node &node) {
         if (node.own > 0) ++leafCount_;
         nextThreshold_ = std::min(nextThreshold_, node.count);
+    }
+
+    // The same pass, stepping over subtrees where it would prune nothing:
+    // those whose rarest node is above the threshold, or all of them once
+    // the excess is gone. Such a subtree only adds its colour holders and
+    // its rarest count, which each node keeps for its subtree.
+    void prunePassSkipping(Node &node) {
+        if (node.rarest > threshold_ || excess_ <= 0) {
+            leafCount_ += node.holders;
+            nextThreshold_ = std::min(nextThreshold_, node.rarest);
+            return;
+        }
+        for (auto &child : node.children)
+            if (child) prunePassSkipping(*child);
+        if (pruneIfRare(node)) return;
+        countSurvivor(node);
+        summariseNode(node);
+    }
+
+    static void summarise(Node &node) {
+        for (auto &child : node.children)
+            if (child) summarise(*child);
+        summariseNode(node);
+    }
+
+    static void summariseNode(Node &node) {
+        node.rarest = node.count;
+        node.holders = node.own > 0 ? 1 : 0;
+        for (const auto &child : node.children)
+            if (child) {
+                node.rarest = std::min(node.rarest, child->rarest);
+                node.holders += child->holders;
+            }
     }
 
     // The parent takes over the child's pixels; destroys the child.

@@ -8,7 +8,7 @@
 #include <type_traits>
 #include <vector>
 
-#include "color/DistinctKeys.h"
+#include "color/KeyNumbers.h"
 
 namespace Quant {
 
@@ -49,7 +49,7 @@ std::uint64_t countPackedColors(const T *pixels, std::uint64_t pixelCount, std::
             return fresh;
         });
     } else {
-        DistinctKeys<std::uint64_t, PackedHash> seen;
+        KeyNumbers<std::uint64_t, PackedHash> seen;
         return countNewColors<T, N>(pixels, pixelCount, limit,
                                     [&](const T *pixel) { return seen.insert(pack(pixel)); });
     }
@@ -79,7 +79,7 @@ bool hasNaN(const T *pixel) {
 // new every time.
 template <typename T, int N>
 std::uint64_t countRealColors(const T *pixels, std::uint64_t pixelCount, std::uint64_t limit) {
-    DistinctKeys<RealKey<T, N>, RealKeyHash<T, N>> seen;
+    KeyNumbers<RealKey<T, N>, RealKeyHash<T, N>> seen;
     return countNewColors<T, N>(pixels, pixelCount, limit, [&](const T *pixel) {
         if (hasNaN<T, N>(pixel)) return true;
         RealKey<T, N> key;

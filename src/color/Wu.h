@@ -148,13 +148,13 @@ private:
     }
 
     static Sum wrapped(Moment m) { return static_cast<Sum>(m); }
-    // Integer squares wrap as 64-bit products before they become doubles.
+    // Integer squares are unsigned 64-bit products (wrapping past 2^64)
+    // before they become doubles: a square past 2^63 stays positive.
     static double squared(Sum m) {
         if constexpr (kReal)
             return m * m;
         else
-            return static_cast<double>(static_cast<std::int64_t>(static_cast<std::uint64_t>(m) *
-                                                                 static_cast<std::uint64_t>(m)));
+            return static_cast<double>(static_cast<std::uint64_t>(m) * static_cast<std::uint64_t>(m));
     }
 
     static double sumOfSquares(const std::array<Sum, N + 1> &sums) {

@@ -61,6 +61,18 @@ TEST(ImageQuantize, IndexArrayTypeFollowsTheColourCount) {
         EXPECT_EQ(rawArrays()->getType(answer), c.type) << c.colorCount;
         EXPECT_EQ(dimensionsOf(answer), (std::vector<mint>{1, 2, 4}));
     }
+    // 2^32 colours ask each method for none (the low 32 bits): median cut
+    // still makes one, the octree ends with everything in its root, and Wu's
+    // empty palette has nothing to map to.
+    for (mint method : {kMedianCut, kOctree}) {
+        MRawArray answer = nullptr;
+        ASSERT_EQ(callImageQuantize({picture.image.handle, mint{1} << 32, "None", false, method}, &answer), 0);
+        OwnedRawArray indices(answer);
+        for (unsigned int index : elementsOf<unsigned int>(answer)) EXPECT_EQ(index, 0u);
+    }
+    MRawArray answer = nullptr;
+    EXPECT_EQ(callImageQuantize({picture.image.handle, mint{1} << 32, "None", false, kWu}, &answer),
+              kQuantizeFailure);
 }
 
 TEST(ImageQuantize, IndicesPointAtEachPixelsOwnColourWhenThePaletteHoldsThemAll) {

@@ -5,11 +5,13 @@
 #include <cmath>
 #include <cstdint>
 #include <limits>
+#include <random>
 #include <stdexcept>
 #include <vector>
 
 #include <gtest/gtest.h>
 
+#include "ForEachInstantiation.h"
 #include "color/MakeQuantizer.h"
 
 namespace {
@@ -115,6 +117,32 @@ TEST(Octree, EndsWhenEveryColourIsInTheRoot) {
     EXPECT_EQ((quantized<unsigned char, 0>(kOctree, samples, 0)), (std::vector<Gray>{{100}}));
 }
 
+// Integer samples are tallied per leaf before they enter the tree; the
+// palette must be the one that inserting pixel by pixel gives.
+TEST(Octree, LeafTallyGivesThePixelByPixelPalette) {
+    std::mt19937_64 random(3);
+    tarvex_test::forEachChannelCount<signed char, unsigned char, unsigned short>([&]<typename T, int N>() {
+        for (int trial = 0; trial < 25; ++trial) {
+            const std::size_t pixels = 1 + random() % 3000;
+            const int spread = 1 + static_cast<int>(random() % 4);
+            std::vector<T> samples(pixels * (N + 1));
+            for (T &sample : samples) {
+                const std::uint64_t r = random();
+                sample = static_cast<T>(spread == 1 ? r % 2 : spread == 2 ? 100 + r % 40 : r);
+            }
+            const auto colors = static_cast<std::uint32_t>(1 + random() % 300);
+            const int bits = 2 + static_cast<int>(random() % 7);
+            auto fast = makeQuantizer<T, N>(kOctree, pixels, samples.data(), colors, bits);
+            auto plain = makeQuantizer<T, N>(kOctree, pixels, samples.data(), colors, bits);
+            fast->quantize();
+            static_cast<Quant::Octree<T, N> &>(*plain).quantizePixelByPixel();
+            ASSERT_EQ(fast->palette()->colors.size(), plain->palette()->colors.size()) << trial;
+            for (std::size_t i = 0; i < fast->palette()->colors.size(); ++i)
+                ASSERT_EQ(fast->palette()->colors[i].values, plain->palette()->colors[i].values) << trial;
+        }
+    });
+}
+
 TEST(Wu, OneColourGivesOneEntryWhateverIsAskedFor) {
     const std::vector<unsigned char> samples(3 * 20, 77);
     for (std::uint32_t k : {1u, 2u, 7u, 256u})
@@ -135,6 +163,15 @@ TEST(Wu, RetriesAFailedCutWithAnotherBox) {
     samples.insert(samples.end(), {100, 0, 0, 120, 0, 0, 240, 0, 0});
     const auto colors = quantized<unsigned char, 2>(kWu, samples, 4);
     EXPECT_EQ(colors.size(), 4u);
+}
+
+TEST(Wu, SquaresOfLargeMomentSumsStayPositive) {
+    // 46342 x 65535 squared passes 2^63: read as signed, every cut would
+    // look worthless and the black pixel would be lost.
+    std::vector<unsigned short> samples(46343, 65535);
+    samples[0] = 0;
+    EXPECT_EQ((quantized<unsigned short, 0>(kWu, samples, 2)),
+              (std::vector<std::array<unsigned short, 1>>{{0}, {65535}}));
 }
 
 TEST(MakeQuantizer, MethodNumbersUseTheLowByteAndBitsOutsideTwoToEightMeanSix) {
