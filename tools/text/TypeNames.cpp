@@ -56,48 +56,6 @@ const Named *byValue(const std::array<Named, Size> &table, int value) {
     return nullptr;
 }
 
-}  // namespace
-
-std::optional<MImage_Data_Type> findImageType(std::string_view name) {
-    if (const Named *entry = byKey(kImageTypes, name)) return static_cast<MImage_Data_Type>(entry->value);
-    return std::nullopt;
-}
-
-const char *imageTypeName(MImage_Data_Type type) {
-    const Named *entry = byValue(kImageTypes, type);
-    return entry ? entry->label : "Undefined";
-}
-
-std::optional<MImage_CS_Type> findColorSpace(std::string_view name) {
-    if (const Named *entry = byKey(kColorSpaces, name)) return static_cast<MImage_CS_Type>(entry->value);
-    // Numbers beyond the named ones reach a plug-in's checks of odd colour
-    // spaces; the range is what the enumeration itself can hold.
-    if (auto number = parseInt64(name); number && *number >= -8 && *number <= 7)
-        return static_cast<MImage_CS_Type>(*number);
-    return std::nullopt;
-}
-
-std::string colorSpaceName(MImage_CS_Type space) {
-    const Named *entry = byValue(kColorSpaces, space);
-    return entry ? entry->label : std::to_string(static_cast<int>(space));
-}
-
-MImage_CS_Type defaultColorSpace(mint channels, bool alpha) {
-    switch (channels - (alpha ? 1 : 0)) {
-    case 1: return MImage_CS_Gray;
-    case 3: return MImage_CS_RGB;
-    case 4: return MImage_CS_CMYK;
-    default: return MImage_CS_Automatic;
-    }
-}
-
-std::string colorSpaceKey(MImage_CS_Type space) {
-    const Named *entry = byValue(kColorSpaces, space);
-    return entry ? entry->key : std::to_string(static_cast<int>(space));
-}
-
-namespace {
-
 const std::vector<RawElementType> kRawTypes = {
     {MRawArray_Type_Bit8, "int8", "Integer8"},       {MRawArray_Type_UBit8, "uint8", "UnsignedInteger8"},
     {MRawArray_Type_Bit16, "int16", "Integer16"},    {MRawArray_Type_UBit16, "uint16", "UnsignedInteger16"},
@@ -179,6 +137,44 @@ void appendInteger(const RawElementType &type, std::string_view token, std::vect
 }
 
 }  // namespace
+
+std::optional<MImage_Data_Type> findImageType(std::string_view name) {
+    if (const Named *entry = byKey(kImageTypes, name)) return static_cast<MImage_Data_Type>(entry->value);
+    return std::nullopt;
+}
+
+const char *imageTypeName(MImage_Data_Type type) {
+    const Named *entry = byValue(kImageTypes, type);
+    return entry ? entry->label : "Undefined";
+}
+
+std::optional<MImage_CS_Type> findColorSpace(std::string_view name) {
+    if (const Named *entry = byKey(kColorSpaces, name)) return static_cast<MImage_CS_Type>(entry->value);
+    // Numbers beyond the named ones reach a plug-in's checks of odd colour
+    // spaces; the range is what the enumeration itself can hold.
+    if (auto number = parseInt64(name); number && *number >= -8 && *number <= 7)
+        return static_cast<MImage_CS_Type>(*number);
+    return std::nullopt;
+}
+
+std::string colorSpaceName(MImage_CS_Type space) {
+    const Named *entry = byValue(kColorSpaces, space);
+    return entry ? entry->label : std::to_string(static_cast<int>(space));
+}
+
+MImage_CS_Type defaultColorSpace(mint channels, bool alpha) {
+    switch (channels - (alpha ? 1 : 0)) {
+    case 1: return MImage_CS_Gray;
+    case 3: return MImage_CS_RGB;
+    case 4: return MImage_CS_CMYK;
+    default: return MImage_CS_Automatic;
+    }
+}
+
+std::string colorSpaceKey(MImage_CS_Type space) {
+    const Named *entry = byValue(kColorSpaces, space);
+    return entry ? entry->key : std::to_string(static_cast<int>(space));
+}
 
 const std::vector<RawElementType> &rawElementTypes() { return kRawTypes; }
 
