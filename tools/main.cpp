@@ -7,6 +7,9 @@
 #include <vector>
 
 #include "Command.h"
+#include "Escapes.h"
+#include "LibraryVersions.h"
+#include "Options.h"
 #include "PluginDiscovery.h"
 
 namespace tarvex_cli {
@@ -35,6 +38,12 @@ void printUsage() {
                  "Options:\n"
                  "  --plugin PATH  the plug-in to load; otherwise $TARVEX_PLUGIN, otherwise\n"
                  "                 libTarvex.so beside the tool (build tree or installation)\n"
+                 "  -q, --quiet    no progress lines or summaries, only errors (also after\n"
+                 "                 the command's name)\n"
+                 "  --version      the tool's version and those of giflib, libspng and\n"
+                 "                 libjpeg-turbo\n"
+                 "\n"
+                 "A file name - stands for standard input or standard output.\n"
                  "\n"
                  "Exit status: 0 success, 1 failure, 2 bad command line.\n";
 }
@@ -53,41 +62,24 @@ bool asksForHelp(const std::vector<std::string> &args) {
     return false;
 }
 
-enum class Request { RunCommand, Help, Version };
-
-// Global options come before the command's name; `i` ends at the name.
-Request readGlobalOptions(const std::vector<std::string> &words, std::size_t &i) {
-    while (i < words.size() && words[i].rfind("-", 0) == 0) {
-        const std::string &word = words[i];
-        if (word == "--help" || word == "-h") {
-            return Request::Help;
-        } else if (word == "--version") {
-            return Request::Version;
-        } else if (word == "--plugin") {
-            if (i + 1 >= words.size()) throw usageError("--plugin needs a path");
-            setPluginPath(words[i + 1]);
-            i += 2;
-        } else if (word.rfind("--plugin=", 0) == 0) {
-            setPluginPath(word.substr(9));
-            ++i;
-        } else {
-            throw usageError("unknown option '" + word + "'; see tarvex --help");
-        }
-    }
-    return Request::RunCommand;
-}
+const std::vector<OptionSpec> kGlobalOptions{{"--help", "-h"}, {"--version"}, {"--plugin", {}, true}};
 
 int run(const std::vector<std::string> &words) {
-    std::size_t at = 0;
-    switch (readGlobalOptions(words, at)) {
-    case Request::Help: printUsage(); return 0;
-    case Request::Version: std::cout << "tarvex " << TARVEX_VERSION << '\n'; return 0;
-    case Request::RunCommand: break;
+    const ParsedOptions global = readOptions("", words, kGlobalOptions, OptionPlacement::BeforeOperands);
+    if (global.has("--help")) {
+        printUsage();
+        return 0;
     }
-    if (at >= words.size()) throw usageError("no command given; see tarvex --help");
-    const Command *command = findCommand(words[at]);
-    if (command == nullptr) throw usageError("unknown command '" + words[at] + "'; see tarvex --help");
-    const std::vector<std::string> args(words.begin() + static_cast<std::ptrdiff_t>(at) + 1, words.end());
+    if (global.has("--version")) {
+        std::cout << "tarvex " << TARVEX_VERSION << '\n' << libraryVersions();
+        return 0;
+    }
+    if (auto path = global.value("--plugin")) setPluginPath(*path);
+    const std::vector<std::string> &rest = global.operands();
+    if (rest.empty()) throw usageError("no command given; see tarvex --help");
+    const Command *command = findCommand(rest.front());
+    if (command == nullptr) throw usageError("unknown command '" + rest.front() + "'; see tarvex --help");
+    const std::vector<std::string> args(rest.begin() + 1, rest.end());
     if (asksForHelp(args)) {
         std::cout << command->help;
         return 0;
@@ -104,10 +96,10 @@ int main(int argc, char **argv) {
     try {
         status = run(std::vector<std::string>(argv + 1, argv + argc));
     } catch (const CliError &error) {
-        std::cerr << "tarvex: " << error.what() << '\n';
+        std::cerr << "tarvex: " << printableText(error.what()) << '\n';
         status = error.exitStatus;
     } catch (const std::exception &error) {
-        std::cerr << "tarvex: " << error.what() << '\n';
+        std::cerr << "tarvex: " << printableText(error.what()) << '\n';
         status = 1;
     }
     std::cout.flush();

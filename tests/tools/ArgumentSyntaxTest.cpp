@@ -6,10 +6,10 @@
 #include <limits>
 
 #include "ArgumentSyntax.h"
-#include "ElementTypes.h"
 #include "Escapes.h"
 #include "NestedList.h"
 #include "NumberText.h"
+#include "TypeNames.h"
 
 using namespace tarvex_cli;
 

@@ -48,7 +48,7 @@ TEST(CallRequest, MalformedCommandLines) {
         {{"ClearCache", "--table", "none"}, "no-raw-arrays"},
         {{"ClearCache", "--no-init", "--table=no-images"}, "exclude"},
         {{"ClearCache", "--books=yes"}, "takes no value"},
-        {{"ClearCache", "--verbose"}, "unknown option '--verbose'"},
+        {{"ClearCache", "--verbose"}, "unknown option --verbose"},
         {{"UniqueColors", "--out", "n.txt"}, "--out saves"},
         {{"SomethingNew"}, "--result KIND"},
         {{"UniqueColors", "--result", "matrix"}, "'matrix'"},

@@ -116,8 +116,7 @@ TEST_F(DitherCommand, RefusesWhatCannotBeDithered) {
     };
     EXPECT_EQ(dither({"-o", path("x.png"), "--palette", "#0000,#ffff"}), 1);
     EXPECT_NE(errors_.find("3 channels"), std::string::npos) << errors_;
-    EXPECT_EQ(dither({"-o", path("x.png"), "--palette", "#000000", "--method", "FloydSteinberg"}),
-              2);
+    EXPECT_EQ(dither({"-o", path("x.png"), "--palette", "#000000", "--method", "fs"}), 2);
     EXPECT_EQ(dither({"--palette", "#000000"}), 2);
     EXPECT_EQ(dither({"-o", path("x.png"), "--palette", "300,0,0"}), 1);
 }

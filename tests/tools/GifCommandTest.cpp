@@ -144,7 +144,7 @@ TEST_F(GifCommandTest, RefusesWithAClearMessage) {
     const Case cases[] = {
         {{"-o", path("x.gif"), a, b}, 1, "every frame must have one size"},
         {{"-o", path("x.gif"), a, "--delay", "1,2"}, 2, "give one or one per frame"},
-        {{"-o", path("x.gif"), a, "--dither", "fs"}, 2, "none or floyd-steinberg"},
+        {{"-o", path("x.gif"), a, "--dither", "fs"}, 2, "--dither is none, floyd-steinberg"},
         {{"-o", path("x.gif"), a, "--loop", "70000"}, 2, "from 0 to 65535"},
         {{"-o", path("x.gif"), a, "--disposal", "4"}, 2, "modes 0 to 3"},
         {{"-o", path("x.gif"), a, "--transparent", "#010203"}, 1, "not in the palette"},

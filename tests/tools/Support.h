@@ -1,6 +1,8 @@
 // What the tool's tests share.
 #pragma once
 
+#include <cstdint>
+#include <functional>
 #include <string>
 
 #include <gtest/gtest.h>
@@ -22,3 +24,15 @@ std::string cliFailure(Action &&action, int exitStatus) {
 }
 
 using tarvex_test::ScratchTest;
+
+// Writes a PNG of `channels` channels of 8 or 16 bits whose sample k of pixel
+// i is sample(i, k); with `alpha` the last channel is flagged as alpha.
+std::string writeTestPng(const std::string &path, int width, int height, int channels, int bits,
+                         const std::function<std::uint16_t(int, int)> &sample, bool alpha = false);
+
+// The samples of a PNG as the tool reads it, with its bits and channels.
+struct PngSamples {
+    int bits = 0, channels = 0, width = 0, height = 0;
+    std::vector<std::uint16_t> samples;
+};
+PngSamples readTestPng(const std::string &path);

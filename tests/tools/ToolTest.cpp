@@ -38,12 +38,23 @@ const char *const kCleanBooks =
 }  // namespace
 
 TEST_F(ToolTest, VersionAndHelp) {
-    EXPECT_EQ(runTool({"--version"}, PluginArgument::Omitted).out, "tarvex " TARVEX_EXPECTED_VERSION "\n");
+    const std::string version = runTool({"--version"}, PluginArgument::Omitted).out;
+    EXPECT_EQ(version.rfind("tarvex " TARVEX_EXPECTED_VERSION "\n", 0), 0u) << version;
+    for (const char *library : {"\ngiflib 5.", "\nlibspng 0.", "\nlibjpeg-turbo "})
+        EXPECT_NE(version.find(library), std::string::npos) << library;
     for (const auto &[args, text] : {std::pair<std::vector<std::string>, const char *>{{"--help"}, "\n  call "},
                                      {{"call", "--help"}, "raw-image:FILE:OPTIONS"}}) {
         const ProgramRun run = runTool(args, PluginArgument::Omitted);
         EXPECT_EQ(run.status, 0);
         EXPECT_NE(run.out.find(text), std::string::npos);
+    }
+    // Every command explains itself, usage line first, without loading the plug-in.
+    const std::string overview = runTool({"--help"}, PluginArgument::Omitted).out;
+    for (const Command &command : commands()) {
+        const ProgramRun help = runTool({command.name, "--help"}, PluginArgument::Omitted);
+        EXPECT_EQ(help.status, 0) << command.name;
+        EXPECT_EQ(help.out.rfind(std::string("usage: tarvex ") + command.name, 0), 0u) << help.out;
+        EXPECT_NE(overview.find(std::string("\n  ") + command.name + " "), std::string::npos) << command.name;
     }
 }
 
@@ -51,7 +62,7 @@ TEST_F(ToolTest, BadCommandLinesSayWhatIsWrongAndExitWithTwo) {
     const std::vector<std::pair<std::vector<std::string>, std::string>> cases = {
         {{}, "no command given"},
         {{"frobnicate"}, "unknown command 'frobnicate'; see tarvex --help"},
-        {{"--frob", "call"}, "unknown option '--frob'"},
+        {{"--frob", "call"}, "unknown option --frob"},
         {{"call"}, "name of an export"},
         {{"call", "UniqueColors", "photo.png"}, "argument 1 'photo.png': not a value"},
         {{"call", "UniqueColors", "png:x.png", "raw:uint8:{1,2"}, "argument 2 'raw:uint8:{1,2'"},

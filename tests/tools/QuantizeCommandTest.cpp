@@ -1,0 +1,167 @@
+// `tarvex quantize` and `tarvex colors` over the quantization exports.
+#include <fstream>
+#include <set>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "Support.h"
+#include "ToolRun.h"
+
+using namespace tarvex_test;
+
+namespace {
+
+std::set<std::vector<std::uint16_t>> colorsOf(const PngSamples &png) {
+    std::set<std::vector<std::uint16_t>> colors;
+    for (std::size_t i = 0; i < png.samples.size(); i += std::size_t(png.channels))
+        colors.emplace(png.samples.begin() + long(i), png.samples.begin() + long(i) + png.channels);
+    return colors;
+}
+
+class QuantizeCommand : public ScratchTest {
+protected:
+    // A smooth picture of many colours, 8 or 16 bits, with 1 to 4 channels.
+    std::string picture(int channels, int bits = 8, bool alpha = false) {
+        const int scale = bits == 16 ? 257 : 1;
+        return writeTestPng(
+            path("in-" + std::to_string(channels) + "-" + std::to_string(bits) + ".png"), 48, 32, channels, bits,
+            [&](int i, int k) { return std::uint16_t(((i % 48) * 5 + (i / 48) * 3 * k + k * 20) % 256 * scale); },
+            alpha);
+    }
+
+    ProgramRun quantize(const std::string &in, std::vector<std::string> more) {
+        more.insert(more.begin(), {"quantize", in});
+        return runTool(more);
+    }
+
+    long long colors(const std::string &file, bool ordered = false) {
+        std::vector<std::string> args{"colors", file};
+        if (ordered) args.push_back("--ordered");
+        const ProgramRun run = runTool(args);
+        EXPECT_EQ(run.status, 0) << run.err;
+        return std::stoll(run.out);
+    }
+};
+
+}  // namespace
+
+TEST_F(QuantizeCommand, EveryMethodStaysWithinTheColoursAskedFor) {
+    const std::string in = picture(3);
+    for (const char *method : {"median-cut", "wu", "octree", "MedianCut", "3"})
+        for (const char *dither : {"none", "floyd-steinberg", "FloydSteinberg"}) {
+            SCOPED_TRACE(std::string(method) + " " + dither);
+            const ProgramRun run = quantize(in, {"-o", path("q.png"), "--colors", "12", "--method", method,
+                                                 "--dither", dither, "--bits", "5"});
+            ASSERT_EQ(run.status, 0) << run.err;
+            const std::size_t produced = colorsOf(readTestPng(path("q.png"))).size();
+            EXPECT_LE(produced, 12u);
+            EXPECT_EQ(run.err.rfind("tarvex quantize: " + std::to_string(produced) + " colours, ", 0), 0u) << run.err;
+        }
+}
+
+// Sample depth and channels as the file has them; alpha is an ordinary channel.
+TEST_F(QuantizeCommand, KeepsTheFilesDepthAndChannels) {
+    const struct {
+        int channels, bits;
+        bool alpha;
+    } cases[] = {{1, 8, false}, {2, 8, true}, {3, 16, false}, {4, 8, true}, {4, 16, true}};
+    for (const auto &c : cases) {
+        SCOPED_TRACE(std::to_string(c.channels) + " channels, " + std::to_string(c.bits) + " bits");
+        const std::string in = picture(c.channels, c.bits, c.alpha);
+        const ProgramRun run = quantize(in, {"-o", path("q.png"), "--colors", "8", "--bits", "3"});
+        ASSERT_EQ(run.status, 0) << run.err;
+        const PngSamples out = readTestPng(path("q.png"));
+        EXPECT_EQ(out.bits, c.bits);
+        EXPECT_EQ(out.channels, c.channels);
+        EXPECT_LE(colorsOf(out).size(), 8u);
+        EXPECT_EQ(colors(path("q.png")), static_cast<long long>(colorsOf(out).size()));
+    }
+}
+
+TEST_F(QuantizeCommand, ColorsCountsLikeAnIndependentCount) {
+    for (int channels : {1, 2, 3, 4}) {
+        const std::string in = picture(channels, 8, channels % 2 == 0);
+        const auto expected = static_cast<long long>(colorsOf(readTestPng(in)).size());
+        EXPECT_EQ(colors(in), expected) << channels;
+        EXPECT_EQ(colors(in, true), expected) << channels;
+    }
+}
+
+// Without dithering every pixel takes its nearest palette colour, so the
+// palette written as text and handed to dither redraws the same picture, and
+// the indices pick the same colours.
+TEST_F(QuantizeCommand, PaletteAndIndicesAgreeWithTheRedrawnImage) {
+    const std::string in = picture(3);
+    const ProgramRun run = quantize(in, {"-o", path("q.png"), "--colors", "10", "--dither", "none", "--method",
+                                         "median-cut", "--palette-out", path("p.txt"), "--indices-out",
+                                         path("i.png")});
+    ASSERT_EQ(run.status, 0) << run.err;
+    ASSERT_EQ(runTool({"dither", in, "-o", path("d.png"), "--palette", path("p.txt"), "--method", "none"}).status, 0);
+    const PngSamples quantized = readTestPng(path("q.png"));
+    EXPECT_EQ(readTestPng(path("d.png")).samples, quantized.samples);
+
+    std::vector<std::vector<int>> palette;
+    std::ifstream text(path("p.txt"));
+    for (std::string line; std::getline(text, line);)
+        palette.push_back({std::stoi(line.substr(1, 2), nullptr, 16), std::stoi(line.substr(3, 2), nullptr, 16),
+                           std::stoi(line.substr(5, 2), nullptr, 16)});
+    EXPECT_LE(palette.size(), 10u);
+    const PngSamples indices = readTestPng(path("i.png"));
+    ASSERT_EQ(indices.samples.size() * 3, quantized.samples.size());
+    for (std::size_t p = 0; p < indices.samples.size(); ++p) {
+        ASSERT_LT(indices.samples[p], palette.size());
+        const std::vector<int> &color = palette[indices.samples[p]];
+        EXPECT_EQ(std::vector<int>(quantized.samples.begin() + long(3 * p), quantized.samples.begin() + long(3 * p + 3)),
+                  color);
+    }
+}
+
+TEST_F(QuantizeCommand, AnImageOfFewColoursComesBackAsItIs) {
+    const std::string in = writeTestPng(path("two.png"), 6, 6, 3, 8, [](int i, int k) { return i % 2 ? 250 : k * 9; });
+    const ProgramRun run = quantize(in, {"-o", path("q.gif"), "--colors", "4"});
+    ASSERT_EQ(run.status, 0) << run.err;
+    EXPECT_NE(run.err.find("2 colours (already no more than --colors"), std::string::npos) << run.err;
+    ASSERT_EQ(runTool({"frames", path("q.gif"), "-o", path("back")}).status, 0);
+    EXPECT_EQ(readTestPng(path("back/frame-001.png")).samples, readTestPng(in).samples);
+    const ProgramRun quiet = quantize(in, {"-o", path("q.png"), "-q"});
+    EXPECT_EQ(quiet.status, 0);
+    EXPECT_EQ(quiet.err, "");
+}
+
+TEST_F(QuantizeCommand, RefusalsOfTheCommandLine) {
+    const std::string in = picture(3);
+    const std::vector<std::pair<std::vector<std::string>, std::string>> cases = {
+        {{"quantize", in}, "give an output file with -o"},
+        {{"quantize", in, "-o", path("q.png"), "--colors", "0"}, "--colors needs a whole number from 1 to 65536"},
+        {{"quantize", in, "-o", path("q.png"), "--colors", "12x"}, "not '12x'"},
+        {{"quantize", in, "-o", path("q.png"), "--bits", "9"}, "--bits needs a whole number from 2 to 8"},
+        {{"quantize", in, "-o", path("q.png"), "--method", "kmeans"}, "--method is median-cut, wu, octree"},
+        {{"quantize", in, "-o", path("q.png"), "--dither", "fs"}, "--dither is none, floyd-steinberg"},
+        {{"quantize", in, "-o", path("q.png"), "--colors", "4", "--colors", "8"}, "--colors is given more than once"},
+        {{"quantize", in, in, "-o", path("q.png")}, "quantize: give one input image, not 2"},
+        {{"colors", in, "--json"}, "colors: unknown option --json"},
+        {{"colors"}, "colors: give one image"},
+    };
+    for (const auto &[args, message] : cases) {
+        const ProgramRun run = runTool(args);
+        EXPECT_EQ(run.status, 2) << message;
+        EXPECT_NE(run.err.find(message), std::string::npos) << run.err;
+    }
+}
+
+TEST_F(QuantizeCommand, RealImagesTravelAsRawSampleFiles) {
+    std::vector<float> samples;
+    for (int i = 0; i < 12 * 3; ++i) samples.push_back(float(i % 7) / 7.0f);
+    std::ofstream(path("in.raw"), std::ios::binary)
+        .write(reinterpret_cast<const char *>(samples.data()), std::streamsize(samples.size() * sizeof(float)));
+    const std::string layout = "type=real32,width=4,height=3,channels=3";
+    const ProgramRun run = quantize(path("in.raw"), {"--layout", layout, "-o", path("out.raw"), "--colors", "3"});
+    ASSERT_EQ(run.status, 0) << run.err;
+    EXPECT_NE(run.out.find(layout), std::string::npos) << run.out;
+    EXPECT_EQ(fileContents(path("out.raw")).size(), samples.size() * sizeof(float));
+    const ProgramRun count = runTool({"colors", path("out.raw"), "--layout", layout});
+    EXPECT_EQ(count.status, 0) << count.err;
+    EXPECT_LE(std::stoll(count.out), 3);
+}

@@ -1,0 +1,43 @@
+#include "Support.h"
+
+#include <cstring>
+
+#include "HostTable.h"
+#include "ImageFiles.h"
+#include "refhost/refhost.hpp"
+
+using namespace tarvex_cli;
+
+std::string writeTestPng(const std::string &path, int width, int height, int channels, int bits,
+                         const std::function<std::uint16_t(int, int)> &sample, bool alpha) {
+    MImage image = nullptr;
+    EXPECT_EQ(rh_image_new(0, width, height, channels, bits == 16 ? MImage_Type_Bit16 : MImage_Type_Bit8,
+                           channels <= 2 ? MImage_CS_Gray : MImage_CS_RGB, true, alpha, &image),
+              0);
+    const rh::Image owned(image);
+    void *data = hostTable()->imageFunctions->getRawData(image);
+    for (int i = 0; i < width * height; ++i)
+        for (int k = 0; k < channels; ++k) {
+            const std::size_t at = std::size_t(i) * channels + k;
+            if (bits == 16) static_cast<std::uint16_t *>(data)[at] = sample(i, k);
+            else static_cast<std::uint8_t *>(data)[at] = static_cast<std::uint8_t>(sample(i, k));
+        }
+    writePng(image, 0, path);
+    return path;
+}
+
+PngSamples readTestPng(const std::string &path) {
+    const rh::Image image(readPng(path));
+    const QuorbelImageFunctions f = hostTable()->imageFunctions;
+    PngSamples png;
+    png.bits = f->getDataType(image.get()) == MImage_Type_Bit16 ? 16 : 8;
+    png.channels = int(f->getChannels(image.get()));
+    png.width = int(f->getColumnCount(image.get()));
+    png.height = int(f->getRowCount(image.get()));
+    const std::size_t count = std::size_t(png.width) * png.height * png.channels;
+    const void *data = f->getRawData(image.get());
+    for (std::size_t i = 0; i < count; ++i)
+        png.samples.push_back(png.bits == 16 ? static_cast<const std::uint16_t *>(data)[i]
+                                             : static_cast<const std::uint8_t *>(data)[i]);
+    return png;
+}

@@ -1,0 +1,166 @@
+// What users meet around every command: file formats by name, standard
+// streams, error messages that keep their reason, and the terminal kept safe.
+#include <unistd.h>
+
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "Progress.h"
+#include "Support.h"
+#include "ToolRun.h"
+
+using namespace tarvex_cli;
+using namespace tarvex_test;
+
+namespace {
+
+bool startsWith(const std::string &text, const std::string &prefix) { return text.rfind(prefix, 0) == 0; }
+
+const std::string kPngSignature = "\x89PNG\r\n\x1a\n";
+
+class UserFiles : public ScratchTest {
+protected:
+    std::string gradient() const {
+        return writeTestPng(path("in.png"), 16, 8, 3, 8, [](int i, int k) { return std::uint16_t(i * 2 + k * 40); });
+    }
+
+    // A message as users see it: "tarvex: " first, one line.
+    static void expectOneLine(const ProgramRun &run, int status, const std::string &message) {
+        EXPECT_EQ(run.status, status) << run.err;
+        EXPECT_TRUE(startsWith(run.err, "tarvex: ")) << run.err;
+        EXPECT_EQ(run.err.find('\n'), run.err.size() - 1) << run.err;
+        EXPECT_NE(run.err.find(message), std::string::npos) << run.err << " lacks " << message;
+    }
+};
+
+}  // namespace
+
+TEST_F(UserFiles, TheOutputNameChoosesTheFormat) {
+    const std::string in = gradient();
+    ASSERT_EQ(runTool({"dither", in, "-o", path("out.png"), "--palette", "bw"}).status, 0);
+    EXPECT_TRUE(startsWith(fileContents(path("out.png")), kPngSignature));
+    const ProgramRun gif = runTool({"dither", in, "-o", path("OUT.GIF"), "--palette", "web"});
+    ASSERT_EQ(gif.status, 0) << gif.err;
+    EXPECT_TRUE(startsWith(fileContents(path("OUT.GIF")), "GIF89a"));
+    // The GIF holds the very pixels of the PNG that the same call writes.
+    ASSERT_EQ(runTool({"dither", in, "-o", path("same.png"), "--palette", "web"}).status, 0);
+    ASSERT_EQ(runTool({"frames", path("OUT.GIF"), "-o", path("back")}).status, 0);
+    EXPECT_EQ(readTestPng(path("back/frame-001.png")).samples, readTestPng(path("same.png")).samples);
+
+    for (const auto &args : std::vector<std::vector<std::string>>{
+             {"dither", in, "-o", path("out.jpg"), "--palette", "bw"},
+             {"quantize", in, "-o", path("out")},
+             {"frames", path("OUT.GIF"), "-o", path("f"), "--name", "f-%d.tif"}}) {
+        expectOneLine(runTool(args), 2, "the tool writes PNG (.png) and GIF (.gif) files");
+        EXPECT_FALSE(std::filesystem::exists(path("out.jpg")));
+    }
+    expectOneLine(runTool({"quantize", in, "-o", path("many.gif"), "--colors", "257"}), 2, "at most 256 colours");
+    expectOneLine(runTool({"gif", "-o", path("anim.png"), in}), 2, "gif: writes GIF files");
+    expectOneLine(runTool({"sample-gif", path("anim.png")}), 2, "sample-gif: writes a GIF file");
+    EXPECT_FALSE(std::filesystem::exists(path("anim.png")));
+}
+
+TEST_F(UserFiles, DashIsStandardInputAndOutput) {
+    const ProgramRun png = runTool({"dither", "-", "-o", "-", "--palette", "grey4"}, PluginArgument::Added,
+                                   fileContents(gradient()));
+    ASSERT_EQ(png.status, 0) << png.err;
+    ASSERT_TRUE(startsWith(png.out, kPngSignature));
+    std::ofstream(path("piped.png"), std::ios::binary) << png.out;
+    EXPECT_EQ(readTestPng(path("piped.png")).width, 16);
+
+    const ProgramRun gif = runTool({"sample-gif", "-"});
+    ASSERT_EQ(gif.status, 0);
+    ASSERT_TRUE(startsWith(gif.out, "GIF89a"));
+    const ProgramRun info = runTool({"info", "-"}, PluginArgument::Added, gif.out);
+    EXPECT_EQ(info.status, 0) << info.err;
+    EXPECT_NE(info.out.find("24x24 canvas, 5 frames"), std::string::npos) << info.out;
+    const ProgramRun animation = runTool({"gif", "-o", "-", "-", "--delay", "0.5"}, PluginArgument::Added, gif.out);
+    ASSERT_EQ(animation.status, 0) << animation.err;
+    EXPECT_TRUE(startsWith(animation.out, "GIF89a"));
+}
+
+TEST_F(UserFiles, FailuresKeepTheirReason) {
+    const std::string missing = path("missing.gif"), in = gradient();
+    std::filesystem::create_directory(path("dir"));
+    const std::vector<std::pair<std::vector<std::string>, std::string>> failures = {
+        {{"info", missing}, "cannot open " + missing + ": No such file or directory"},
+        {{"palette", missing}, "cannot open " + missing + ": No such file or directory"},
+        {{"frames", missing, "-o", path("f")}, "cannot open " + missing + ": No such file or directory"},
+        {{"colors", missing}, "cannot open " + missing + ": No such file or directory"},
+        {{"dither", in, "-o", path("x.png"), "--palette", path("none.txt")}, "cannot open " + path("none.txt")},
+        {{"info", path("dir")}, path("dir") + ": is a directory"},
+        {{"quantize", path("dir"), "-o", path("x.png")}, path("dir") + ": is a directory"},
+        {{"info", in}, "not a GIF file that can be decoded"},
+    };
+    for (const auto &[args, message] : failures) expectOneLine(runTool(args), 1, message);
+
+    const std::vector<std::pair<std::vector<std::string>, std::string>> usage = {
+        {{"info", in, "--jsn"}, "info: unknown option --jsn"},
+        {{"frames", in, "-o", "a", "--frame", "1", "--frame", "2"}, "--frame is given more than once"},
+        {{"dither", in, "--output=a.png", "-o", "b.png", "--palette", "bw"}, "--output is given more than once"},
+    };
+    for (const auto &[args, message] : usage) expectOneLine(runTool(args), 2, message);
+
+    if (geteuid() != 0) {  // the superuser reads any file
+        std::ofstream(path("locked.gif")) << "GIF89a";
+        std::filesystem::permissions(path("locked.gif"), std::filesystem::perms::none);
+        expectOneLine(runTool({"info", path("locked.gif")}), 1, "Permission denied");
+    }
+}
+
+TEST_F(UserFiles, NothingFromAFileReachesTheTerminalRaw) {
+    const std::string in = writeTestPng(path("grey.png"), 2, 2, 1, 8, [](int i, int) { return std::uint16_t(i * 80); });
+    ASSERT_EQ(runTool({"gif", "-o", path("c.gif"), in, "--comment", "\x1b[2Jgone\nnext\\"}).status, 0);
+    const ProgramRun info = runTool({"info", path("c.gif")});
+    EXPECT_EQ(info.out.find('\x1b'), std::string::npos);
+    EXPECT_NE(info.out.find("comment: \\033[2Jgone\\nnext\\\\\n"), std::string::npos) << info.out;
+
+    const ProgramRun bad = runTool({"dither", in, "-o", path("x.png"), "--palette", "#00\x1b[1m\x07"});
+    expectOneLine(bad, 2, "'#00\\033[1m\\007' is not #rrggbb");
+    EXPECT_EQ(bad.err.find('\x1b'), std::string::npos);
+}
+
+TEST_F(UserFiles, SixteenBitImagesStaySixteenBit) {
+    const std::string in =
+        writeTestPng(path("deep.png"), 8, 4, 3, 16, [](int i, int k) { return std::uint16_t(i * 2000 + k * 300); });
+    ASSERT_EQ(runTool({"dither", in, "-o", path("out.png"), "--palette", "#000000,#ffffff"}).status, 0);
+    const PngSamples out = readTestPng(path("out.png"));
+    EXPECT_EQ(out.bits, 16);
+    for (std::uint16_t sample : out.samples) EXPECT_TRUE(sample == 0 || sample == 65535) << sample;
+}
+
+TEST_F(UserFiles, ALibraryThatIsNotThePlugInIsNamedAsSuch) {
+    const ProgramRun run =
+        runTool({"--plugin", TARVEX_REFHOST_LIBRARY, "info", gradient()}, PluginArgument::Omitted);
+    expectOneLine(run, 1, std::string(TARVEX_REFHOST_LIBRARY) + " is not a Tarvex plug-in");
+}
+
+TEST(ProgressLine, ShowsOnlyAfterASecondAndNeverWhenQuiet) {
+    using namespace std::chrono;
+    steady_clock::time_point now{};
+    const auto clock = [&] { return now; };
+    const auto printed = [&](bool quiet) {
+        setQuiet(quiet);
+        std::FILE *out = std::tmpfile();
+        {
+            Progress progress("gif", 3, out, clock);
+            progress.advance(1);
+            now += milliseconds(1500);
+            progress.advance(2);
+            progress.advance(3);
+        }
+        setQuiet(false);
+        std::string text(256, '\0');
+        std::rewind(out);
+        text.resize(std::fread(text.data(), 1, text.size(), out));
+        std::fclose(out);
+        return text;
+    };
+    EXPECT_EQ(printed(false), "\rtarvex gif: 2 of 3\rtarvex gif: 3 of 3\n");
+    EXPECT_EQ(printed(true), "");
+}

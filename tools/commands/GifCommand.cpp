@@ -1,0 +1,217 @@
+#include <chrono>
+#include <cmath>
+#include <cstdio>
+#include <cstring>
+#include <filesystem>
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "ColorExports.h"
+#include "Command.h"
+#include "PaletteFiles.h"
+#include "Escapes.h"
+#include "FileAccess.h"
+#include "GifFrameInputs.h"
+#include "GifWriter.h"
+#include "HostTable.h"
+#include "ImageOutput.h"
+#include "MethodNames.h"
+#include "NumberText.h"
+#include "Options.h"
+#include "Progress.h"
+#include "refhost/refhost.hpp"
+
+namespace tarvex_cli {
+namespace {
+
+const char kGifHelp[] = R"(usage: tarvex gif -o OUT.gif IN... [options]
+
+Writes an animated (or still) GIF file from frames (WriteFrames): PNG or JPEG
+pictures, grey or RGB, one frame each, and GIF files, whose composited frames
+are taken in order. Every frame must have the same size. RGB frames are
+reduced to 256 colours each; grey frames share one map of their levels.
+
+  -o OUT.gif             the file to write; - for standard output
+  --delay S[,S...]       seconds each frame shows: one for all, or one per
+                         frame (default 0.1)
+  --loop N               plays of the animation, 0 for forever (default 0)
+  --dither none|floyd-steinberg
+                         how RGB frames meet their palette (default
+                         floyd-steinberg)
+  --interlace            store the rows interlaced
+  --comment TEXT         a comment block; may be given more than once
+  --background COLOR     the screen's background colour
+  --transparent COLOR    the colour shown as transparent, in every frame
+  --disposal D[,D...]    0 unspecified, 1 leave, 2 restore to background,
+                         3 restore to previous: one for all, or one per frame
+  --palette P            write indices against this colour map instead
+                         (WriteColormaps): each frame is first mapped to it
+                         with DitherImage. P is anything dither --palette
+                         takes (colours, a named palette such as web or 332,
+                         a text file, an image, a GIF's palette); at most 256
+                         colours.
+  -q, --quiet            no summary and no progress line
+
+An input may be - for standard input. A COLOR is "#rrggbb", "r,g,b" or one
+grey level. A one-line summary goes to standard output (not when writing to
+standard output); long jobs show their progress on standard error.
+
+Examples:
+  tarvex gif -o anim.gif frame-*.png --delay 0.08 --loop 0
+  tarvex gif -o small.gif big.gif --palette 332 --dither none
+)";
+
+struct GifOptions {
+    std::string output;
+    std::vector<std::string> inputs;
+    GifSettings settings;
+    std::string palette;
+};
+
+[[noreturn]] void badValue(const std::string &option, const std::string &value, const char *wanted) {
+    throw usageError("gif: " + option + " needs " + wanted + ", not '" + value + "'");
+}
+
+std::vector<double> numberList(const std::string &option, const std::string &text) {
+    std::vector<double> values;
+    std::size_t start = 0;
+    for (std::size_t end; (end = text.find(',', start)) != std::string::npos; start = end + 1)
+        values.push_back(realOption("gif", option, text.substr(start, end - start)));
+    values.push_back(realOption("gif", option, text.substr(start)));
+    return values;
+}
+
+// One colour as 8-bit samples: three channels, or one grey level.
+std::vector<double> colorOption(const std::string &option, const std::string &text) {
+    std::vector<DitherColor> colors;
+    try {
+        colors = parseDitherColors(text);
+    } catch (const std::invalid_argument &) {
+    }
+    if (colors.size() != 1 || (colors[0].values.size() != 1 && colors[0].values.size() != 3))
+        badValue(option, text, "one colour, #rrggbb, r,g,b or a grey level");
+    std::vector<double> samples;
+    for (double v : colors[0].values) {
+        const double sample = colors[0].fullScale > 0 ? std::round(v * 255 / colors[0].fullScale) : v;
+        if (sample < 0 || sample > 255 || sample != std::floor(sample))
+            badValue(option, text, "channel values from 0 to 255");
+        samples.push_back(sample);
+    }
+    return samples;
+}
+
+const std::vector<OptionSpec> kGifOptions{
+    {"--output", "-o", true}, {"--delay", {}, true},        {"--loop", {}, true},
+    {"--dither", {}, true},   {"--interlace"},              {"--comment", {}, true, true},
+    {"--background", {}, true}, {"--transparent", {}, true}, {"--disposal", {}, true},
+    {"--palette", {}, true}};
+
+GifOptions parseOptions(const std::vector<std::string> &args) {
+    const ParsedOptions parsed = readOptions("gif", args, kGifOptions);
+    GifOptions options;
+    options.output = parsed.value("--output").value_or("");
+    options.inputs = parsed.operands();
+    options.palette = parsed.value("--palette").value_or("");
+    GifSettings &o = options.settings;
+    if (auto delays = parsed.value("--delay")) o.delays = numberList("--delay", *delays);
+    if (auto loops = parsed.value("--loop")) o.loops = wholeNumberOption("gif", "--loop", *loops, 0, 65535);
+    if (auto dither = parsed.value("--dither"))
+        o.dither = choiceOption("gif", "--dither", *dither, kDitherMethods);
+    o.interlace = parsed.has("--interlace");
+    o.comments = parsed.values("--comment");
+    if (auto color = parsed.value("--background")) o.background = colorOption("--background", *color);
+    if (auto color = parsed.value("--transparent")) o.transparent = colorOption("--transparent", *color);
+    if (auto disposals = parsed.value("--disposal")) o.disposals = numberList("--disposal", *disposals);
+    if (options.output.empty()) throw usageError("gif: give the file to write with -o");
+    if (options.inputs.empty()) throw usageError("gif: give at least one input picture");
+    if (!isStandardStream(options.output) && imageFormatFor("gif", options.output) != ImageFormat::Gif)
+        throw usageError("gif: writes GIF files; name the output FILE.gif");
+    for (double d : o.disposals)
+        if (d != std::floor(d) || d < 0 || d > 3) badValue("--disposal", std::to_string(d), "modes 0 to 3");
+    return options;
+}
+
+void checkPerFrame(const char *option, std::size_t given, mint frames) {
+    if (given != 1 && mint(given) != frames)
+        throw usageError(std::string("gif: ") + option + " gives " + countOf(long(given), "value") + " for " +
+                         countOf(frames, "frame") + "; give one or one per frame");
+}
+
+// Each frame mapped to the caller's colours by DitherImage, as indices.
+std::vector<std::uint8_t> indexedFrames(FrameSequence &frames, MRawArray colorMap, const GifSettings &o,
+                                        int colors) {
+    frames.promoteToRgb();
+    const auto *palette = static_cast<const std::uint8_t *>(hostTable()->rawArrayFunctions->getData(colorMap));
+    std::map<std::uint32_t, std::uint8_t> indexOf;
+    for (int i = colors - 1; i >= 0; --i)
+        indexOf[std::uint32_t(palette[3 * i]) << 16 | std::uint32_t(palette[3 * i + 1]) << 8 | palette[3 * i + 2]] =
+            std::uint8_t(i);
+    const std::size_t pixels = std::size_t(frames.width * frames.height);
+    std::vector<std::uint8_t> indices;
+    for (mint k = 0; k < frames.count(); ++k) {
+        FrameSequence one{frames.width, frames.height, 3,
+                          {frames.samples.begin() + long(k * pixels * 3),
+                           frames.samples.begin() + long((k + 1) * pixels * 3)}};
+        const rh::Image image(frameImage(one));
+        const rh::Image mapped(ditherImage(image.get(), colorMap, o.dither));
+        const auto *rgb = static_cast<const std::uint8_t *>(hostTable()->imageFunctions->getRawData(mapped.get()));
+        for (std::size_t i = 0; i < pixels; ++i)
+            indices.push_back(indexOf.at(std::uint32_t(rgb[3 * i]) << 16 | std::uint32_t(rgb[3 * i + 1]) << 8 | rgb[3 * i + 2]));
+    }
+    return indices;
+}
+
+void writeWithPalette(FrameSequence &frames, const GifOptions &o, const std::string &file) {
+    const std::vector<DitherColor> colors = readDitherPalette(o.palette);
+    if (colors.empty() || colors.size() > 256)
+        throw CliError(o.palette + ": " + std::to_string(colors.size()) + " colours; a GIF map holds 1 to 256");
+    const rh::RawArray colorMap(makeColorMap(colors, MImage_Type_Bit8, 3));
+    const auto *palette = static_cast<const std::uint8_t *>(hostTable()->rawArrayFunctions->getData(colorMap.get()));
+    IndexedFrames indexed;
+    indexed.mapRgb.assign(palette, palette + colors.size() * 3);
+    indexed.indices = indexedFrames(frames, colorMap.get(), o.settings, int(colors.size()));
+    indexed.frames = frames.count();
+    indexed.height = frames.height;
+    indexed.width = frames.width;
+    writeIndexedGif(indexed, o.settings, file);
+}
+
+int runGif(const std::vector<std::string> &args) {
+    const auto start = std::chrono::steady_clock::now();
+    const GifOptions o = parseOptions(args);
+    FrameSequence frames;
+    {
+        Progress progress("gif: inputs read", o.inputs.size());
+        for (std::size_t i = 0; i < o.inputs.size(); ++i) {
+            appendFrames(frames, o.inputs[i]);
+            progress.advance(i + 1);
+        }
+    }
+    checkPerFrame("--delay", o.settings.delays.size(), frames.count());
+    checkPerFrame("--disposal", o.settings.disposals.size(), frames.count());
+    std::uintmax_t bytes = 0;
+    writeOutput(o.output, [&](const std::string &file) {
+        if (!o.palette.empty()) {
+            writeWithPalette(frames, o, file);
+        } else {
+            const rh::Image image(frameImage(frames));
+            writeImageGif(image.get(), o.settings, file);
+        }
+        bytes = std::filesystem::file_size(file);
+    });
+    const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+    if (!isQuiet() && !isStandardStream(o.output))
+        std::printf("%s: %lld %s of %lldx%lld, %llu bytes, %.2f s\n", o.output.c_str(),
+                    static_cast<long long>(frames.count()), frames.count() == 1 ? "frame" : "frames",
+                    static_cast<long long>(frames.width), static_cast<long long>(frames.height),
+                    static_cast<unsigned long long>(bytes), seconds);
+    return 0;
+}
+
+const RegisterCommand registered{
+    {"gif", "write an animated GIF from PNG, JPEG or GIF frames", kGifHelp, &runGif}};
+
+}  // namespace
+}  // namespace tarvex_cli

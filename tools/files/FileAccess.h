@@ -1,0 +1,25 @@
+#pragma once
+
+#include <functional>
+#include <string>
+
+namespace tarvex_cli {
+
+// "-" stands for standard input where a file is read and for standard output
+// where one is written.
+inline bool isStandardStream(const std::string &path) { return path == "-"; }
+
+// Throws a CliError that keeps the reason when a file cannot be read:
+// "X: is a directory", "cannot open X: No such file or directory", ...
+void checkReadable(const std::string &path);
+
+// A path that the readers and the plug-in can open: the file itself once it
+// proved readable, or for "-" a temporary copy of standard input, made once
+// and removed when the tool exits.
+std::string readablePath(const std::string &path);
+
+// Runs `write` on the path itself, or for "-" on a temporary file that is then
+// copied to standard output: the plug-in's writers take file names only.
+void writeOutput(const std::string &path, const std::function<void(const std::string &)> &write);
+
+}  // namespace tarvex_cli

@@ -1,0 +1,168 @@
+#include "ImageFiles.h"
+
+#include <spng.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <memory>
+
+#include "Command.h"
+#include "FileAccess.h"
+#include "HostTable.h"
+#include "JpegFiles.h"
+#include "refhost/refhost.h"
+
+namespace tarvex_cli {
+namespace {
+
+struct ContextFree {
+    void operator()(spng_ctx *context) const { spng_ctx_free(context); }
+};
+using Context = std::unique_ptr<spng_ctx, ContextFree>;
+
+struct FileClose {
+    void operator()(std::FILE *file) const { std::fclose(file); }
+};
+using File = std::unique_ptr<std::FILE, FileClose>;
+
+void check(int code, const std::string &path, const char *step) {
+    if (code != 0) throw CliError(path + ": " + step + ": " + spng_strerror(code));
+}
+
+File openFile(const std::string &path, const char *mode) {
+    if (*mode == 'r') checkReadable(path);
+    File file(std::fopen(path.c_str(), mode));
+    if (!file) throw CliError("cannot open " + path + ": " + std::strerror(errno));
+    return file;
+}
+
+// How to decode a PNG into host samples: 8 or 16 bits, 1 to 4 channels, with
+// palettes expanded and tRNS turned into an alpha channel.
+struct Decoding {
+    int format;
+    int flags;
+    mint channels;
+};
+
+Decoding chooseDecoding(const spng_ihdr &header, bool hasTransparency) {
+    const bool sixteen = header.bit_depth == 16;
+    const int trns = hasTransparency ? SPNG_DECODE_TRNS : 0;
+    switch (header.color_type) {
+    case SPNG_COLOR_TYPE_GRAYSCALE:
+        if (hasTransparency) return {sixteen ? SPNG_FMT_GA16 : SPNG_FMT_GA8, trns, 2};
+        return {header.bit_depth >= 8 ? SPNG_FMT_PNG : SPNG_FMT_G8, 0, 1};
+    case SPNG_COLOR_TYPE_TRUECOLOR:
+        if (hasTransparency) return {sixteen ? SPNG_FMT_RGBA16 : SPNG_FMT_RGBA8, trns, 4};
+        return {SPNG_FMT_PNG, 0, 3};
+    case SPNG_COLOR_TYPE_INDEXED:
+        if (hasTransparency) return {SPNG_FMT_RGBA8, trns, 4};
+        return {SPNG_FMT_RGB8, 0, 3};
+    // SPNG_FMT_PNG keeps the file's own samples, 16-bit ones in host byte order.
+    case SPNG_COLOR_TYPE_GRAYSCALE_ALPHA: return {SPNG_FMT_PNG, 0, 2};
+    default: return {SPNG_FMT_PNG, 0, 4};
+    }
+}
+
+MImage newInterleavedImage(const spng_ihdr &header, const Decoding &decoding, const std::string &path) {
+    const bool alpha = decoding.channels == 2 || decoding.channels == 4;
+    MImage image = nullptr;
+    int code = rh_image_new(0, header.width, header.height, decoding.channels,
+                            header.bit_depth == 16 ? MImage_Type_Bit16 : MImage_Type_Bit8,
+                            decoding.channels <= 2 ? MImage_CS_Gray : MImage_CS_RGB, QUORBEL_TRUE,
+                            alpha ? QUORBEL_TRUE : QUORBEL_FALSE, &image);
+    if (code != 0) throw CliError(path + ": the host could not make an image (code " + std::to_string(code) + ")");
+    return image;
+}
+
+std::uint8_t pngColorType(mint channels) {
+    switch (channels) {
+    case 1: return SPNG_COLOR_TYPE_GRAYSCALE;
+    case 2: return SPNG_COLOR_TYPE_GRAYSCALE_ALPHA;
+    case 3: return SPNG_COLOR_TYPE_TRUECOLOR;
+    default: return SPNG_COLOR_TYPE_TRUECOLOR_ALPHA;
+    }
+}
+
+void checkWritable(QuorbelImageFunctions images, MImage image, mint slice, const std::string &path) {
+    const MImage_Data_Type type = images->getDataType(image);
+    const mint channels = images->getChannels(image);
+    if (type != MImage_Type_Bit8 && type != MImage_Type_Bit16)
+        throw CliError(path + ": PNG holds 8-bit or 16-bit samples only");
+    if (channels < 1 || channels > 4) throw CliError(path + ": PNG holds 1 to 4 channels only");
+    if (channels > 1 && !images->interleavedQ(image)) throw CliError(path + ": the image is not interleaved");
+    if (slice < 0 || slice >= images->getSliceCount(image))
+        throw CliError(path + ": the image has no slice " + std::to_string(slice));
+}
+
+void writePngFile(MImage image, mint slice, const std::string &path) {
+    const QuorbelImageFunctions images = hostTable()->imageFunctions;
+    checkWritable(images, image, slice, path);
+    const mint width = images->getColumnCount(image);
+    const mint height = images->getRowCount(image);
+    const mint channels = images->getChannels(image);
+    const bool sixteen = images->getDataType(image) == MImage_Type_Bit16;
+    const std::size_t sliceBytes = std::size_t(width) * height * channels * (sixteen ? 2 : 1);
+
+    File file = openFile(path, "wb");
+    Context context(spng_ctx_new(SPNG_CTX_ENCODER));
+    if (!context) throw CliError(path + ": out of memory");
+    check(spng_set_png_file(context.get(), file.get()), path, "cannot write");
+    spng_ihdr header{};
+    header.width = static_cast<std::uint32_t>(width);
+    header.height = static_cast<std::uint32_t>(height);
+    header.bit_depth = sixteen ? 16 : 8;
+    header.color_type = pngColorType(channels);
+    check(spng_set_ihdr(context.get(), &header), path, "cannot write");
+    const auto *samples = static_cast<const unsigned char *>(images->getRawData(image)) + slice * sliceBytes;
+    // SPNG_FMT_PNG takes 16-bit samples in host byte order, as the host keeps them.
+    check(spng_encode_image(context.get(), samples, sliceBytes, SPNG_FMT_PNG, SPNG_ENCODE_FINALIZE), path,
+          "cannot write");
+    context.reset();
+    if (std::fclose(file.release()) != 0) throw CliError("cannot write " + path + ": " + std::strerror(errno));
+}
+
+}  // namespace
+
+MImage readPng(const std::string &path) {
+    File file = openFile(path, "rb");
+    Context context(spng_ctx_new(0));
+    if (!context) throw CliError(path + ": out of memory");
+    check(spng_set_png_file(context.get(), file.get()), path, "cannot read");
+    spng_ihdr header{};
+    check(spng_get_ihdr(context.get(), &header), path, "not a readable PNG file");
+    spng_trns transparency{};
+    const bool hasTransparency = spng_get_trns(context.get(), &transparency) == 0;
+    const Decoding decoding = chooseDecoding(header, hasTransparency);
+
+    std::size_t length = 0;
+    check(spng_decoded_image_size(context.get(), decoding.format, &length), path, "cannot decode");
+    MImage image = newInterleavedImage(header, decoding, path);
+    const QuorbelImageFunctions images = hostTable()->imageFunctions;
+    const std::size_t expected = std::size_t{header.width} * header.height * decoding.channels * (header.bit_depth == 16 ? 2 : 1);
+    const int code = length != expected ? SPNG_EINTERNAL
+                                        : spng_decode_image(context.get(), images->getRawData(image), length,
+                                                            decoding.format, decoding.flags);
+    if (code != 0) {
+        images->free(image);
+        check(code, path, "cannot decode");
+    }
+    return image;
+}
+
+MImage readImageFile(const std::string &argument) {
+    const std::string path = readablePath(argument);
+    unsigned char magic[3] = {};
+    {
+        File file = openFile(path, "rb");
+        if (std::fread(magic, 1, sizeof magic, file.get()) != sizeof magic) return readPng(path);
+    }
+    const bool jpeg = magic[0] == 0xFF && magic[1] == 0xD8 && magic[2] == 0xFF;
+    return jpeg ? readJpeg(path) : readPng(path);
+}
+
+void writePng(MImage image, mint slice, const std::string &path) {
+    writeOutput(path, [&](const std::string &file) { writePngFile(image, slice, file); });
+}
+
+}  // namespace tarvex_cli
