@@ -10,33 +10,16 @@
 
 #include <gtest/gtest.h>
 
+#include "GoldenChecksums.h"
 #include "DitherCall.h"
 #include "ReferenceDither.h"
 
 namespace {
 
 using namespace dither_test;
-
-std::uint64_t fnv1a(const void *data, std::size_t size) {
-    std::uint64_t hash = 0xcbf29ce484222325ULL;
-    const auto *bytes = static_cast<const unsigned char *>(data);
-    for (std::size_t i = 0; i < size; ++i) hash = (hash ^ bytes[i]) * 0x100000001b3ULL;
-    return hash;
-}
-
-template <typename T>
-std::string typeName() {
-    if constexpr (std::is_same_v<T, signed char>) return "bit";
-    if constexpr (std::is_same_v<T, unsigned char>) return "byte";
-    if constexpr (std::is_same_v<T, unsigned short>) return "bit16";
-    if constexpr (std::is_same_v<T, float>) return "real32";
-    return "real64";
-}
-
-template <typename T>
-std::uint64_t checksumOf(const std::vector<T> &samples) {
-    return fnv1a(samples.data(), samples.size() * sizeof(T));
-}
+using tarvex_test::checksumOf;
+using tarvex_test::fnv1a;
+using tarvex_test::typeName;
 
 struct Checksums {
     std::uint64_t plugin = 0;
