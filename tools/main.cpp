@@ -62,7 +62,7 @@ bool asksForHelp(const std::vector<std::string> &args) {
     return false;
 }
 
-const std::vector<OptionSpec> kGlobalOptions{{"--help", "-h"}, {"--version"}, {"--plugin", {}, true}};
+const std::vector<OptionRule> kGlobalOptions{{"--help", "-h"}, {"--version"}, {"--plugin", {}, true}};
 
 int run(const std::vector<std::string> &words) {
     const ParsedOptions global = readOptions("", words, kGlobalOptions, OptionPlacement::BeforeOperands);

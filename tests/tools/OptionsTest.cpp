@@ -10,10 +10,10 @@ using namespace tarvex_cli;
 
 namespace {
 
-const std::vector<OptionSpec> kSpecs{
+const std::vector<OptionRule> kRules{
     {"--output", "-o", true}, {"--frame", {}, true}, {"--quiet", "-q"}, {"--comment", {}, true, true}};
 
-ParsedOptions read(const std::vector<std::string> &words) { return readOptions("cmd", words, kSpecs); }
+ParsedOptions read(const std::vector<std::string> &words) { return readOptions("cmd", words, kRules); }
 
 }  // namespace
 
@@ -25,13 +25,13 @@ TEST(Options, ValuesFollowAsTheNextWordOrAfterEquals) {
     EXPECT_TRUE(parsed.has("--quiet"));
     EXPECT_EQ(parsed.values("--comment"), (std::vector<std::string>{"a", "b"}));
     EXPECT_EQ(parsed.operands(), (std::vector<std::string>{"in.png", "-", "-12", "--frame"}));
-    EXPECT_EQ(readOptions("cmd", {"--output="}, kSpecs).value("--output"), "");
+    EXPECT_EQ(readOptions("cmd", {"--output="}, kRules).value("--output"), "");
     EXPECT_FALSE(read({"x"}).has("--output"));
 }
 
 TEST(Options, BeforeOperandsStopsAtTheFirstOperand) {
     const ParsedOptions parsed =
-        readOptions("", {"-q", "call", "--frame", "2"}, kSpecs, OptionPlacement::BeforeOperands);
+        readOptions("", {"-q", "call", "--frame", "2"}, kRules, OptionPlacement::BeforeOperands);
     EXPECT_TRUE(parsed.has("--quiet"));
     EXPECT_FALSE(parsed.has("--frame"));
     EXPECT_EQ(parsed.operands(), (std::vector<std::string>{"call", "--frame", "2"}));

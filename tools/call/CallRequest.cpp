@@ -51,7 +51,7 @@ auto lookUp(const Table &table, std::string_view name) -> std::optional<decltype
     return std::nullopt;
 }
 
-const std::vector<OptionSpec> kCallOptions{{"--result", {}, true}, {"--out", {}, true}, {"--table", {}, true},
+const std::vector<OptionRule> kCallOptions{{"--result", {}, true}, {"--out", {}, true}, {"--table", {}, true},
                                            {"--argc", {}, true},   {"--no-init"},          {"--books"}};
 
 void applyOptions(const ParsedOptions &parsed, CallRequest &request) {

@@ -29,7 +29,7 @@ Example:
   tarvex colors photo.png
 )";
 
-const std::vector<OptionSpec> kColorsOptions{{"--ordered"}, {"--layout", {}, true}};
+const std::vector<OptionRule> kColorsOptions{{"--ordered"}, {"--layout", {}, true}};
 
 int runColors(const std::vector<std::string> &args) {
     const ParsedOptions parsed = readOptions("colors", args, kColorsOptions);

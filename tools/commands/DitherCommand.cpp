@@ -58,7 +58,7 @@ struct DitherOptions {
     std::optional<RawImageLayout> layout;
 };
 
-const std::vector<OptionSpec> kDitherOptions{
+const std::vector<OptionRule> kDitherOptions{
     {"--output", "-o", true}, {"--palette", {}, true}, {"--method", {}, true}, {"--layout", {}, true}};
 
 DitherOptions parseOptions(const std::vector<std::string> &args) {

@@ -48,7 +48,7 @@ struct Options {
     std::string pattern = "frame-%03d.png";
 };
 
-const std::vector<OptionSpec> kFramesOptions{
+const std::vector<OptionRule> kFramesOptions{
     {"--output", "-o", true}, {"--frame", {}, true}, {"--frames", {}, true}, {"--name", {}, true}};
 
 std::vector<FrameRange> rangesOption(const ParsedOptions &parsed) {

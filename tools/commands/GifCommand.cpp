@@ -102,7 +102,7 @@ std::vector<double> colorOption(const std::string &option, const std::string &te
     return samples;
 }
 
-const std::vector<OptionSpec> kGifOptions{
+const std::vector<OptionRule> kGifOptions{
     {"--output", "-o", true}, {"--delay", {}, true},        {"--loop", {}, true},
     {"--dither", {}, true},   {"--interlace"},              {"--comment", {}, true, true},
     {"--background", {}, true}, {"--transparent", {}, true}, {"--disposal", {}, true},

@@ -132,7 +132,7 @@ void printJson(const std::string &file, const GifFacts &facts) {
     std::cout << "\n  ]\n}\n";
 }
 
-const std::vector<OptionSpec> kInfoOptions{{"--expr"}, {"--json"}};
+const std::vector<OptionRule> kInfoOptions{{"--expr"}, {"--json"}};
 
 int runInfo(const std::vector<std::string> &args) {
     const ParsedOptions parsed = readOptions("info", args, kInfoOptions);

@@ -10,12 +10,12 @@ namespace tarvex_cli {
 namespace {
 
 // Every command takes these beside its own.
-const std::vector<OptionSpec> kCommonOptions{{"--quiet", "-q"}};
+const std::vector<OptionRule> kCommonOptions{{"--quiet", "-q"}};
 
-const OptionSpec *findSpec(const std::vector<OptionSpec> &specs, std::string_view name) {
-    for (const auto *list : {&specs, &kCommonOptions})
-        for (const OptionSpec &spec : *list)
-            if (name == spec.name || (!spec.shortName.empty() && name == spec.shortName)) return &spec;
+const OptionRule *findRule(const std::vector<OptionRule> &rules, std::string_view name) {
+    for (const auto *list : {&rules, &kCommonOptions})
+        for (const OptionRule &rule : *list)
+            if (name == rule.name || (!rule.shortName.empty() && name == rule.shortName)) return &rule;
     return nullptr;
 }
 
@@ -29,9 +29,9 @@ CliError refusal(std::string_view command, const std::string &message) {
 
 class Reader {
 public:
-    Reader(std::string_view command, const std::vector<std::string> &words, const std::vector<OptionSpec> &specs,
+    Reader(std::string_view command, const std::vector<std::string> &words, const std::vector<OptionRule> &rules,
            OptionPlacement placement)
-        : command_(command), words_(words), specs_(specs), placement_(placement) {}
+        : command_(command), words_(words), rules_(rules), placement_(placement) {}
 
     ParsedOptions read() {
         bool optionsEnded = false;
@@ -52,17 +52,17 @@ private:
     void readOption(const std::string &word) {
         const std::size_t equals = word.starts_with("--") ? word.find('=') : std::string::npos;
         const std::string name = word.substr(0, equals);
-        const OptionSpec *spec = findSpec(specs_, name);
-        if (spec == nullptr) throw refusal(command_, "unknown option " + name);
-        if (!spec->repeatable && parsed_.has(spec->name))
-            throw refusal(command_, std::string(spec->name) + " is given more than once");
-        if (!spec->takesValue) {
+        const OptionRule *rule = findRule(rules_, name);
+        if (rule == nullptr) throw refusal(command_, "unknown option " + name);
+        if (!rule->repeatable && parsed_.has(rule->name))
+            throw refusal(command_, std::string(rule->name) + " is given more than once");
+        if (!rule->takesValue) {
             if (equals != std::string::npos) throw refusal(command_, name + " takes no value");
-            parsed_.add(spec->name, "");
+            parsed_.add(rule->name, "");
         } else if (equals != std::string::npos) {
-            parsed_.add(spec->name, word.substr(equals + 1));
+            parsed_.add(rule->name, word.substr(equals + 1));
         } else if (next_ < words_.size()) {
-            parsed_.add(spec->name, words_[next_++]);
+            parsed_.add(rule->name, words_[next_++]);
         } else {
             throw refusal(command_, name + " needs a value");
         }
@@ -70,7 +70,7 @@ private:
 
     std::string_view command_;
     const std::vector<std::string> &words_;
-    const std::vector<OptionSpec> &specs_;
+    const std::vector<OptionRule> &rules_;
     OptionPlacement placement_;
     std::size_t next_ = 0;
     ParsedOptions parsed_;
@@ -90,8 +90,8 @@ std::vector<std::string> ParsedOptions::values(std::string_view name) const {
 }
 
 ParsedOptions readOptions(std::string_view command, const std::vector<std::string> &words,
-                          const std::vector<OptionSpec> &specs, OptionPlacement placement) {
-    return Reader(command, words, specs, placement).read();
+                          const std::vector<OptionRule> &rules, OptionPlacement placement) {
+    return Reader(command, words, rules, placement).read();
 }
 
 const std::string &onlyOperand(std::string_view command, const ParsedOptions &parsed, std::string_view what) {

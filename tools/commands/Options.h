@@ -11,7 +11,7 @@ namespace tarvex_cli {
 
 // One option a command knows: "--output", "-o" beside it when it has a short
 // form. A value follows as the next word or after '=' (--output=FILE).
-struct OptionSpec {
+struct OptionRule {
     std::string_view name;
     std::string_view shortName = {};
     bool takesValue = false;
@@ -45,7 +45,7 @@ enum class OptionPlacement { Anywhere, BeforeOperands };
 // starts with "COMMAND: " for an unknown option, a missing or unwanted value,
 // and a repeated option.
 ParsedOptions readOptions(std::string_view command, const std::vector<std::string> &words,
-                          const std::vector<OptionSpec> &specs,
+                          const std::vector<OptionRule> &rules,
                           OptionPlacement placement = OptionPlacement::Anywhere);
 
 // The one operand a command takes; otherwise a usage error

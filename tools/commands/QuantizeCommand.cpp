@@ -67,7 +67,7 @@ struct QuantizeOptions {
     std::string paletteOut, indicesOut;
 };
 
-const std::vector<OptionSpec> kQuantizeOptions{
+const std::vector<OptionRule> kQuantizeOptions{
     {"--output", "-o", true},       {"--colors", {}, true},      {"--method", {}, true},
     {"--dither", {}, true},         {"--bits", {}, true},        {"--palette-out", {}, true},
     {"--indices-out", {}, true},    {"--layout", {}, true}};

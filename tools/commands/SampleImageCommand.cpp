@@ -19,7 +19,7 @@ the same for the same size on every run. Default size 640 x 480.
 
 constexpr std::int64_t kLargestSide = 16384;
 
-const std::vector<OptionSpec> kSampleImageOptions{{"--width", {}, true}, {"--height", {}, true}};
+const std::vector<OptionRule> kSampleImageOptions{{"--width", {}, true}, {"--height", {}, true}};
 
 std::int64_t side(const ParsedOptions &parsed, std::string_view option, std::int64_t fallback) {
     const auto text = parsed.value(option);
