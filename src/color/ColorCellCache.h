@@ -24,9 +24,16 @@ struct CellRule {
     // each cell belonging to the cell below.
     template <int N>
     static std::uint32_t cell(T sample, int k, const ColorBounds<T, N> &bounds) {
+        return static_cast<std::uint32_t>(wideCell(sample, k, bounds));
+    }
+
+    // The cell before it is cut to 32 bits: samples outside the box (NaN,
+    // infinities) land far outside every table.
+    template <int N>
+    static std::int64_t wideCell(T sample, int k, const ColorBounds<T, N> &bounds) {
         if (sample == bounds.min[k] || bounds.max[k] == bounds.min[k]) return bounds.lo;
         const double offset = static_cast<double>(sample - bounds.min[k]) / bounds.cellWidth[k];
-        return static_cast<std::uint32_t>(toInt64Wrapping(std::ceil(offset) + bounds.lo - 1));
+        return toInt64Wrapping(std::ceil(offset) + bounds.lo - 1);
     }
 };
 

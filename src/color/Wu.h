@@ -9,7 +9,6 @@
 
 #include "color/ColorCellCache.h"
 #include "color/MeanChannel.h"
-#include "color/NumericConversions.h"
 #include "color/Quantizer.h"
 #include "host/MemoryBudget.h"
 
@@ -63,16 +62,13 @@ public:
     }
 
 private:
+    // Real cells are not cut to 32 bits here, so that a sample outside the
+    // box falls outside the tables instead of into the zero plane.
     std::uint64_t cellOf(T sample, int k) const {
-        if constexpr (kReal) {
-            const auto &b = this->bounds_;
-            if (sample == b.min[k] || b.max[k] == b.min[k]) return b.lo;
-            const double offset = static_cast<double>(sample - b.min[k]) / b.cellWidth[k];
-            return static_cast<std::uint64_t>(
-                ColorUtilities::toInt64Wrapping(std::ceil(offset) + b.lo - 1));
-        } else {
+        if constexpr (kReal)
+            return static_cast<std::uint64_t>(ColorUtilities::CellRule<T>::wideCell(sample, k, this->bounds_));
+        else
             return ColorUtilities::CellRule<T>::cell(sample, k, this->bounds_);
-        }
     }
 
     void buildHistogram() {
