@@ -35,11 +35,6 @@ public:
         return blocks_[block].slots[inside(offsets)];
     }
 
-    template <class Offsets>
-    void warm(std::uint32_t block, const Offsets &offsets) const {
-        __builtin_prefetch(&blocks_[block].slots[inside(offsets)]);
-    }
-
     void clear() { blocks_.clear(); }
     std::size_t size() const { return blocks_.size(); }
 

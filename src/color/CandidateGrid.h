@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "color/BoxAnswerMemo.h"
+#include "color/PackedCandidates.h"
 #include "color/Palette.h"
 #include "color/ZeroedArray.h"
 
@@ -53,11 +54,34 @@ public:
         for (int level = 0; level <= kTableLevel; ++level)
             levels_[level] = ZeroedArray<Span>(std::size_t{1} << (level * (N + 1)));
         remembering_ = kRemembers && rememberAnswers && palette.size() <= Memo::kColors;
-        inBoxLists_ = sizeof(T) == 1 && palette.size() <= 256;
+        packing_ = kPackable && palette.size() <= 256;
+        if (packing_)
+            for (const Candidate &c : colors_) packed_.add(packedOf(c));
     }
 
+    // Boxes whose few colours are packed are answered here, inline; every
+    // other target, and the first in each box, takes the general path.
+    std::uint32_t find(const Color<T, N> &target) { return find(target.values); }
+
+    [[gnu::always_inline]] std::uint32_t find(const std::array<T, N + 1> &target) {
+        if constexpr (kPackable) {
+            if (packing_) {
+                Cells offsets, cells;
+                for (int k = 0; k <= N; ++k) {
+                    offsets[k] = offsetOf(target[k]);
+                    cells[k] = offsets[k] >> kLowBits;
+                }
+                const Span &box = levels_[kTableLevel][keyOf(kTableLevel, cells)];
+                if (isPacked(box)) [[likely]]
+                    return packed_.nearest(candidatesOf(box), packedTarget(offsets));
+            }
+        }
+        return findAnyhow(target);
+    }
+
+private:
     // An empty palette answers 0, like the exhaustive search.
-    std::uint32_t find(const Color<T, N> &target) {
+    [[gnu::noinline]] std::uint32_t findAnyhow(std::array<T, N + 1> target) {
         if (colors_.empty()) return 0;
         if (entries_.size() > entryLimit_) forgetLists();
         Samples wanted;
@@ -69,6 +93,8 @@ public:
         }
         if (!byFirstChannel_.empty()) return walkFirstChannel(wanted);
         Span &box = listOf(kTableLevel, cells);
+        if constexpr (kPackable)
+            if (isPacked(box)) return packed_.nearest(candidatesOf(box), packedTarget(offsets));
         if (box.count == 1) return box.at;
         if constexpr (kRemembers) {
             if (remembering_) {
@@ -83,22 +109,6 @@ public:
         return findWithin(box, offsets, wanted);
     }
 
-    // Brings into the cache what find(target) will read first, when known:
-    // a caller that knows roughly what it will ask next asks for it here a
-    // little ahead, so that the wait for memory overlaps other work.
-    void warm(const Color<T, N> &target) const {
-        if constexpr (kRemembers) {
-            Cells offsets, cells;
-            for (int k = 0; k <= N; ++k) {
-                offsets[k] = offsetOf(target[k]);
-                cells[k] = offsets[k] >> kLowBits;
-            }
-            const Span &box = levels_[kTableLevel][keyOf(kTableLevel, cells)];
-            if (box.count == kRemembered) memo_.warm(box.at, offsets);
-        }
-    }
-
-private:
     static constexpr int kSampleBits = 8 * sizeof(T);
     // The boxes down to this level are found by a table, 2^kTableLevel cells
     // per channel and at most 2^20 boxes; a box whose list is still long is
@@ -135,11 +145,11 @@ private:
     static constexpr std::uint32_t kCut = 0xFFFFFFFF;
     // A box of the table whose list is kept, with its answers, by the memo.
     static constexpr std::uint32_t kRemembered = 0xFFFFFFFE;
-    // A box of the table that keeps its list itself: the count is kInBox,
-    // the list's length times 2^16 and its fifth and sixth indices; `at`
-    // holds the first four. No list grows that long.
-    static constexpr std::uint32_t kInBox = 0xFD000000;
-    static constexpr std::uint32_t kInBoxMax = 6;
+    // A box of the table whose few colours are named in its span: their
+    // indices fill the span but for its top byte, which is kPacked.
+    static constexpr std::uint32_t kPacked = 0xFC;
+    // Byte samples of up to four channels pack into four bytes a colour.
+    static constexpr bool kPackable = sizeof(T) == 1 && N <= 3;
     using Memo = BoxAnswerMemo<N, kRemembers ? kLowBits : 0, Span>;
     struct ChildBlock {
         Span list;  // of the box that was cut
@@ -196,7 +206,6 @@ private:
 
     // Below the table's box, down the smaller boxes it was cut into.
     std::uint32_t findWithin(const Span &box, const Cells &offsets, const Samples &wanted) {
-        if (keptInBox(box)) return nearestInBox(box, wanted);
         const Span *found = &box;
         for (int level = kTableLevel + 1; found->count == kCut; ++level)
             found = &childList(*found, level, offsets);
@@ -228,47 +237,51 @@ private:
             for (std::uint32_t &cell : parent) cell >>= 1;
             span = listWithin(listOf(level - 1, parent), level, cells);
         }
-        if (level == kTableLevel) {
-            cutIfLong(span, level);
-            keepInBoxIfShort(span);
-        }
+        if (level == kTableLevel && !packIfShort(span)) cutIfLong(span, level);
         return span;
     }
 
-    // A short list of a small palette's colours fits in its box's span, as
-    // indices, so that the box's colours are found without a further wait
-    // for memory: the palette itself stays in the processor's nearest cache.
-    void keepInBoxIfShort(Span &span) const {
-        if (!inBoxLists_ || span.count < 2 || span.count > kInBoxMax) return;
-        std::uint64_t indices = 0;
-        for (std::uint32_t i = span.count; i-- > 0;) indices = indices << 8 | entries_[span.at + i].index;
-        span = {static_cast<std::uint32_t>(indices),
-                kInBox | span.count << 16 | static_cast<std::uint32_t>(indices >> 32)};
+    // A short list of a small palette's colours is named in its box's span,
+    // so that they are compared at once, whatever their number. A colour
+    // repeated at a higher index never wins and is left out.
+    bool packIfShort(Span &span) {
+        if (!packing_ || span.count > PackedCandidates::kCapacity) return false;
+        std::array<std::uint32_t, PackedCandidates::kCapacity> indices{};
+        std::uint32_t count = 0;
+        const auto add = [&](const Candidate &c) {
+            for (std::uint32_t i = 0; i < count; ++i)
+                if (colors_[indices[i]].samples == c.samples) {
+                    indices[i] = std::min(indices[i], c.index);
+                    return;
+                }
+            indices[count++] = c.index;
+        };
+        if (span.count == 1)
+            add(colors_[span.at]);
+        else
+            for (std::uint32_t i = 0; i < span.count; ++i) add(entries_[span.at + i]);
+        const std::uint64_t word = PackedCandidates::candidates(indices.data(), count);
+        span = {static_cast<std::uint32_t>(word),
+                static_cast<std::uint32_t>(word >> 32) | kPacked << 24};
+        return true;
     }
 
-    static bool keptInBox(const Span &span) { return (span.count & 0xFF000000) == kInBox; }
+    static bool isPacked(const Span &span) { return span.count >> 24 == kPacked; }
 
-    std::uint32_t nearestInBox(const Span &span, const Samples &wanted) const {
-        const std::uint32_t count = span.count >> 16 & 0xFF;
-        std::uint64_t indices = std::uint64_t{span.count & 0xFFFF} << 32 | span.at;
-        std::uint64_t least = std::numeric_limits<std::uint64_t>::max();
-        for (std::uint32_t i = 0; i < count; ++i, indices >>= 8)
-            least = std::min(least, packedOrder(colors_[indices & 0xFF], wanted));
-        return static_cast<std::uint32_t>(least & 0xFF);
+    static std::uint64_t candidatesOf(const Span &span) {
+        return (std::uint64_t{span.count} << 32 | span.at) & 0x00FFFFFFFFFFFFFF;
     }
 
-    // The whole order of the exhaustive search (distance, channel
-    // differences, index) in one number, for byte samples and indices below
-    // 256: a short list is then scanned whole, without a branch that depends
-    // on the colours.
-    static std::uint64_t packedOrder(const Candidate &c, const Samples &target) {
-        std::uint64_t distance = 0, differences = 0;
-        for (int k = 0; k <= N; ++k) {
-            const std::int32_t d = std::int32_t{c.samples[k]} - target[k];
-            distance += static_cast<std::uint64_t>(d * d);
-            differences = differences << 8 | static_cast<std::uint64_t>(std::abs(d));
-        }
-        return (distance << (8 * (N + 1)) | differences) << 8 | c.index;
+    std::uint32_t packedOf(const Candidate &c) const {
+        Cells offsets;
+        for (int k = 0; k <= N; ++k) offsets[k] = offsetOf(c.samples[k]);
+        return packedTarget(offsets);
+    }
+
+    static std::uint32_t packedTarget(const Cells &offsets) {
+        std::uint32_t packed = 0;
+        for (int k = 0; k <= N; ++k) packed |= offsets[k] << (8 * k);
+        return packed;
     }
 
     // The smaller box at `level` inside a cut box of the level above, by the
@@ -426,7 +439,9 @@ private:
     std::vector<Candidate> entries_;
     std::vector<Candidate> scratch_;
     bool remembering_ = false;
-    bool inBoxLists_ = false;
+    bool packing_ = false;
+    PackedCandidates packed_;
+
     Memo memo_;
 };
 

@@ -38,9 +38,16 @@ public:
         if (rememberAnswers) memo_.emplace();
     }
 
-    std::uint32_t find(const Color<T, N> &target) {
+    std::uint32_t find(const Color<T, N> &target) { return find(target.values); }
+
+    [[gnu::always_inline]] std::uint32_t find(const std::array<T, N + 1> &samples) {
         if constexpr (kIntegral)
-            if (grid_) return grid_->find(target);
+            if (grid_) return grid_->find(samples);
+        return findAnyhow(Color<T, N>(samples.data()));
+    }
+
+private:
+    [[gnu::noinline]] std::uint32_t findAnyhow(const Color<T, N> &target) {
         std::uint32_t index;
         if (memo_ && memo_->recall(target, &index)) return index;
         index = treeSearches_ && finite(target) ? tree_.find(target) : nearestColorIndex(palette_, target);
@@ -48,13 +55,6 @@ public:
         return index;
     }
 
-    // A hint of what may be asked soon; answers do not depend on it.
-    void warm(const Color<T, N> &target) const {
-        if constexpr (kIntegral)
-            if (grid_) grid_->warm(target);
-    }
-
-private:
     static constexpr bool kIntegral = std::is_integral_v<T>;
     // Past this many colours the grid's boxes near a picture's colours hold
     // too many of them.

@@ -1,0 +1,121 @@
+#pragma once
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+#include <limits>
+
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
+
+namespace ColorUtilities {
+
+// The colours of a palette of at most 256 colours of byte samples (one to
+// four channels), each packed into four bytes: its samples as offsets from
+// the type's lowest value, unused channels 0. A few candidates, named by
+// their indices in one 64-bit word, are then compared with a target packed
+// the same way all at once, in a few vector instructions and without a
+// branch that depends on the colours. The table stays in the processor's
+// nearest cache.
+class PackedCandidates {
+public:
+    // Seven indices in the low seven bytes of a word; the top byte is the
+    // caller's. A shorter list repeats its first index.
+    static constexpr std::uint32_t kCapacity = 7;
+
+    void add(std::uint32_t packedColor) { colors_[size_++] = packedColor; }
+
+    static std::uint64_t candidates(const std::uint32_t *indices, std::uint32_t count) {
+        std::uint64_t word = 0;
+        for (std::uint32_t lane = kCapacity; lane-- > 0;) word = word << 8 | indices[lane < count ? lane : 0];
+        return word;
+    }
+
+    // The index that the exhaustive search answers among the candidates:
+    // least distance, then nearer in the first channel that differs, then
+    // the lower index.
+    [[gnu::always_inline]] std::uint32_t nearest(std::uint64_t candidates, std::uint32_t target) const {
+#if defined(__SSE2__)
+        const auto lane = [&](int i) { return static_cast<int>(colors_[candidates >> (8 * i) & 0xFF]); };
+        const __m128i wanted = _mm_set1_epi32(static_cast<int>(target));
+        const __m128i low = keysOf(_mm_setr_epi32(lane(0), lane(1), lane(2), lane(3)), wanted,
+                                   _mm_setr_epi32(index(candidates, 0), index(candidates, 1),
+                                                  index(candidates, 2), index(candidates, 3)));
+        const __m128i high = keysOf(_mm_setr_epi32(lane(4), lane(5), lane(6), lane(0)), wanted,
+                                    _mm_setr_epi32(index(candidates, 4), index(candidates, 5),
+                                                   index(candidates, 6), index(candidates, 0)));
+        __m128i least = smaller(low, high);
+        least = smaller(least, _mm_shuffle_epi32(least, _MM_SHUFFLE(1, 0, 3, 2)));
+        least = smaller(least, _mm_shuffle_epi32(least, _MM_SHUFFLE(2, 3, 0, 1)));
+        // Another colour at the same distance leaves the choice to the
+        // channels, which the keys do not hold.
+        const __m128i distance = _mm_srli_epi32(least, kIndexBits);
+        const auto rival = [&](__m128i keys) {
+            return _mm_andnot_si128(_mm_cmpeq_epi32(keys, least),
+                                    _mm_cmpeq_epi32(_mm_srli_epi32(keys, kIndexBits), distance));
+        };
+        if (_mm_movemask_epi8(_mm_or_si128(rival(low), rival(high))) == 0) [[likely]]
+            return static_cast<std::uint32_t>(_mm_cvtsi128_si32(least)) & 0xFF;
+#endif
+        return nearestOneByOne(candidates, target);
+    }
+
+    // The same answer, one candidate after the other.
+    std::uint32_t nearestOneByOne(std::uint64_t candidates, std::uint32_t target) const {
+        std::uint64_t least = std::numeric_limits<std::uint64_t>::max();
+        for (std::uint32_t i = 0; i < kCapacity; ++i)
+            least = std::min(least, orderOf(static_cast<std::uint32_t>(index(candidates, i)), target));
+        return static_cast<std::uint32_t>(least & 0xFF);
+    }
+
+private:
+    // A key is the squared distance (at most 18 bits) above the index.
+    static constexpr int kIndexBits = 8;
+
+    static int index(std::uint64_t candidates, int lane) {
+        return static_cast<int>(candidates >> (8 * lane) & 0xFF);
+    }
+
+    // The exhaustive search's whole order in one number: distance, the four
+    // channel differences, the index.
+    std::uint64_t orderOf(std::uint32_t i, std::uint32_t target) const {
+        std::uint64_t distance = 0, differences = 0;
+        for (int k = 0; k < 4; ++k) {
+            const std::int32_t d = static_cast<std::int32_t>(colors_[i] >> (8 * k) & 0xFF) -
+                                   static_cast<std::int32_t>(target >> (8 * k) & 0xFF);
+            distance += static_cast<std::uint64_t>(d * d);
+            differences = differences << 8 | static_cast<std::uint64_t>(std::abs(d));
+        }
+        return (distance << 32 | differences) << 8 | i;
+    }
+
+#if defined(__SSE2__)
+    // Four squared distances, each above its colour's index.
+    static __m128i keysOf(__m128i colors, __m128i wanted, __m128i indices) {
+        const __m128i apart = _mm_or_si128(_mm_subs_epu8(colors, wanted), _mm_subs_epu8(wanted, colors));
+        const __m128i zero = _mm_setzero_si128();
+        const __m128i first = _mm_unpacklo_epi8(apart, zero), second = _mm_unpackhi_epi8(apart, zero);
+        // Per colour: the squares of channels 0 and 1 summed, and of 2 and 3.
+        const __m128 halvesLow = _mm_castsi128_ps(_mm_madd_epi16(first, first));
+        const __m128 halvesHigh = _mm_castsi128_ps(_mm_madd_epi16(second, second));
+        const __m128i distances =
+            _mm_add_epi32(_mm_castps_si128(_mm_shuffle_ps(halvesLow, halvesHigh, _MM_SHUFFLE(2, 0, 2, 0))),
+                          _mm_castps_si128(_mm_shuffle_ps(halvesLow, halvesHigh, _MM_SHUFFLE(3, 1, 3, 1))));
+        return _mm_or_si128(_mm_slli_epi32(distances, kIndexBits), indices);
+    }
+
+    // Keys are positive, so the signed comparison orders them.
+    static __m128i smaller(__m128i a, __m128i b) {
+        const __m128i greater = _mm_cmpgt_epi32(a, b);
+        return _mm_or_si128(_mm_and_si128(greater, b), _mm_andnot_si128(greater, a));
+    }
+#endif
+
+    std::array<std::uint32_t, 256> colors_{};
+    std::size_t size_ = 0;
+};
+
+}  // namespace ColorUtilities
