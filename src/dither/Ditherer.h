@@ -24,17 +24,16 @@ namespace ColorUtilities {
 
 // Maps the pixels of an image slice to palette colours, in serpentine rows.
 // The base class maps each pixel on its own; methods that diffuse the error
-// override the hooks, and run the scan over their own final class so that
-// the hooks inline into it.
+// name their own diffusion, and run the scan over their own final class so
+// that it inlines into the loop.
 template <typename T, int N>
 class Ditherer {
 public:
     using ColorType = Color<T, N>;
+    // A pixel's samples as the scan holds them, in registers.
+    using Samples = std::array<T, N + 1>;
     // Per channel, in the arithmetic that diffusion uses for T.
     using Error = std::array<typename DiffusedError<T>::Value, N + 1>;
-    static constexpr std::uint32_t kForward = 1;
-    static constexpr std::uint32_t kBackward = 0xFFFFFFFF;  // -1 in unsigned arithmetic
-    static constexpr std::uint32_t kWarmAhead = 2;
 
     // The two flags are ignored on purpose: a ditherer made for a given
     // palette searches exhaustively and caches nothing.
@@ -65,26 +64,32 @@ public:
 
 protected:
     virtual void resetState() {}
-    virtual ColorType pixelAt(std::uint32_t row, std::uint32_t col);
-    virtual Error errorOf(const ColorType &wanted, const ColorType &chosen);
-    virtual void diffuseError(const Error &error, std::uint32_t row, std::uint32_t col,
-                              std::uint32_t step);
-    // Called before the first pixel of each row.
-    void beginRow(std::uint32_t) {}
     // Whether each pixel waits for the one before. Without, the colours
     // asked for are the picture's own, which repeat often; with, the errors
     // added make most of them new.
     static constexpr bool kDiffusesError = false;
+
+    // What a method adds to the scan: the colour wanted at a pixel, the
+    // error its chosen colour leaves, and where that error goes. Each method
+    // class names its own, which the scan keeps in its frame; mapping alone
+    // adds nothing.
+    struct Diffusion {
+        void beginRow(std::uint32_t) {}
+        [[gnu::always_inline]] Samples pixelAt(const T *input, std::ptrdiff_t) const {
+            Samples samples;
+            for (int k = 0; k <= N; ++k) samples[k] = input[k];
+            return samples;
+        }
+        [[gnu::always_inline]] Error errorOf(const Samples &, const Samples &) const { return {}; }
+        [[gnu::always_inline]] void diffuseError(const Error &, std::ptrdiff_t, std::ptrdiff_t) {}
+    };
+    Diffusion startDiffusion() { return {}; }
     // Every final method class runs the scan over itself.
     virtual void mapSlice(const SliceOutput<T, N> &output) { scanAs(*this, output); }
 
     template <class Method>
     void scanAs(Method &method, const SliceOutput<T, N> &output) {
         std::visit([&](const auto &write) { scan(method, write); }, output);
-    }
-
-    const T *inputPixel(std::uint32_t row, std::uint32_t col) const {
-        return pixels_ + (std::size_t{cols_} * row + col) * (N + 1);
     }
 
     std::uint8_t bits_;
@@ -103,13 +108,15 @@ protected:
     // The exhaustive search, answered faster but to the same bit; made for
     // the method at its first slice.
     std::optional<NearestColorFinder<T, N>> nearest_;
+    // The palette's samples without the colours' other parts, packed.
+    std::vector<Samples> paletteSamples_;
 
 private:
     void prepareSearch();
     template <class Method, class Writer>
     void scan(Method &method, const Writer &write);
-    std::uint32_t search(const ColorType &wanted);
-    std::uint32_t chooseIndex(const ColorType &wanted);
+    std::uint32_t chooseIndex(const Samples &wanted);
+    std::uint32_t chooseOtherwise(const ColorType &wanted);
 };
 
 template <typename T, int N>
@@ -150,57 +157,55 @@ void Ditherer<T, N>::resetCache() {
 }
 
 template <typename T, int N>
-inline typename Ditherer<T, N>::ColorType Ditherer<T, N>::pixelAt(std::uint32_t row, std::uint32_t col) {
-    return ColorType(inputPixel(row, col));
-}
-
-template <typename T, int N>
-inline typename Ditherer<T, N>::Error Ditherer<T, N>::errorOf(const ColorType &, const ColorType &) {
-    return Error{};
-}
-
-template <typename T, int N>
-inline void Ditherer<T, N>::diffuseError(const Error &, std::uint32_t, std::uint32_t, std::uint32_t) {}
-
-template <typename T, int N>
-inline std::uint32_t Ditherer<T, N>::search(const ColorType &wanted) {
-    return useSortedSearch_ ? sortedNearestIndex(*palette_, intensityIndex_, pairDistances_, wanted)
-                            : nearest_->find(wanted);
+[[gnu::always_inline]] inline std::uint32_t Ditherer<T, N>::chooseIndex(const Samples &wanted) {
+    if (!useCache_ && !useSortedSearch_) [[likely]]
+        return nearest_->find(wanted);
+    return chooseOtherwise(ColorType(wanted.data()));
 }
 
 // The cache never answers index 0: a stored 0 reads as "unknown", like the
 // initial fill, and leads to a fresh search.
 template <typename T, int N>
-inline std::uint32_t Ditherer<T, N>::chooseIndex(const ColorType &wanted) {
-    if (!useCache_) return search(wanted);
+std::uint32_t Ditherer<T, N>::chooseOtherwise(const ColorType &wanted) {
+    const auto search = [&] {
+        return useSortedSearch_ ? sortedNearestIndex(*palette_, intensityIndex_, pairDistances_, wanted)
+                                : nearest_->find(wanted);
+    };
+    if (!useCache_) return search();
     const std::uint64_t key = cache_->keyOf(wanted, bounds_);
     const std::uint32_t cached = cache_->lookup(key);
-    const std::uint32_t index = static_cast<std::int32_t>(cached) > 0 ? cached : search(wanted);
+    const std::uint32_t index = static_cast<std::int32_t>(cached) > 0 ? cached : search();
     cache_->store(key, index);
     return index;
 }
 
-// Method is the ditherer's own final class: its hooks are named, not looked
-// up, so that they inline into the loop.
+// Method is the ditherer's own final class: its diffusion is named, not
+// looked up, so that it inlines into the loop.
 template <typename T, int N>
 template <class Method, class Writer>
 void Ditherer<T, N>::scan(Method &method, const Writer &write) {
     if (!useSortedSearch_ && !nearest_) nearest_.emplace(*palette_, !Method::kDiffusesError);
-    for (std::uint32_t row = 0; row < rows_; ++row) {
+    const std::size_t rows = rows_;
+    const std::ptrdiff_t cols = cols_;
+    // Every search of an empty palette answers 0, which is no colour.
+    if (palette_->size() == 0 && rows * cols > 0) palette_->at(0);
+    paletteSamples_.clear();
+    for (const ColorType &color : palette_->colors) paletteSamples_.push_back(color.values);
+    const Samples *colors = paletteSamples_.data();
+    const T *pixels = pixels_;
+    auto diffusion = method.Method::startDiffusion();
+    for (std::size_t row = 0; row < rows; ++row) {
         const bool backward = row % 2 == 1;
-        const std::uint32_t step = backward ? kBackward : kForward;
-        std::uint32_t col = backward ? cols_ - 1 : 0;
-        method.Method::beginRow(row);
-        for (std::uint32_t visited = 0; visited < cols_; ++visited, col += step) {
-            // The pixel two ahead will be asked for near its own colour; its
-            // search is then not kept waiting for memory.
-            if (Method::kDiffusesError && visited + kWarmAhead < cols_ && !useSortedSearch_)
-                nearest_->warm(ColorType(inputPixel(row, col + kWarmAhead * step)));
-            const ColorType wanted = method.Method::pixelAt(row, col);
+        const std::ptrdiff_t step = backward ? -1 : 1;
+        const std::ptrdiff_t end = backward ? -1 : cols;
+        const T *input = pixels + row * cols * (N + 1);
+        diffusion.beginRow(static_cast<std::uint32_t>(row));
+        for (std::ptrdiff_t col = backward ? cols - 1 : 0; col != end; col += step) {
+            const Samples wanted = diffusion.pixelAt(input + col * (N + 1), col);
             const std::uint32_t index = chooseIndex(wanted);
-            const ColorType &chosen = palette_->at(index);
-            write(std::size_t{cols_} * row + col, index, chosen);
-            method.Method::diffuseError(method.Method::errorOf(wanted, chosen), row, col, step);
+            const Samples &chosen = colors[index];
+            write(row * cols + col, index, chosen);
+            diffusion.diffuseError(diffusion.errorOf(wanted, chosen), col, step);
         }
     }
 }

@@ -4,7 +4,6 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
-#include <stdexcept>
 #include <vector>
 
 namespace ColorUtilities {
@@ -15,8 +14,7 @@ namespace ColorUtilities {
 // all that is ever read: row r lives in slot r % 2, and a slot is cleared
 // just before its row starts receiving errors. Every row has two guard cells
 // on each side, and the row below the last one is never read, so errors
-// pushed off the image land somewhere and are lost. Columns are 32-bit
-// unsigned, so a step of -1 is 0xFFFFFFFF and wraps into the left guards.
+// pushed off the image land somewhere and are lost.
 template <typename Value, int N>
 class ErrorBuffer {
 public:
@@ -32,11 +30,9 @@ public:
         std::fill(first, first + static_cast<std::ptrdiff_t>(rowCells()), Cell{});
     }
 
-    [[gnu::always_inline]] Cell &at(std::uint32_t row, std::uint32_t col) {
-        const std::size_t index = slotOf(row) + std::uint32_t{col + 2};
-        if (index >= cells_.size()) throw std::out_of_range("invalid vector<T> subscript");
-        return cells_[index];
-    }
+    // Row `row`'s cell of column 0; the guards are at columns -2, -1, cols
+    // and cols + 1.
+    Cell *row(std::uint32_t r) { return cells_.data() + slotOf(r) + 2; }
 
 private:
     std::size_t rowCells() const { return std::size_t{cols_} + 4; }

@@ -1,6 +1,9 @@
 #pragma once
 
+#include <algorithm>
+#include <cstddef>
 #include <cstdint>
+#include <stdexcept>
 
 #include "color/SampleTraits.h"
 #include "dither/DiffusedError.h"
@@ -16,78 +19,103 @@ namespace ColorUtilities {
 template <typename T, int N>
 class FloydSteinberg final : public Ditherer<T, N> {
     using Base = Ditherer<T, N>;
-    friend Base;  // its scan loop calls the hooks below by name
+    friend Base;  // its scan loop names the diffusion below
 
 public:
     using Base::Base;
-    using typename Base::ColorType;
+    using typename Base::Samples;
     using typename Base::Error;
 
 protected:
-    void resetState() override { buffer().reset(); }
-    ColorType pixelAt(std::uint32_t row, std::uint32_t col) override;
-    Error errorOf(const ColorType &wanted, const ColorType &chosen) override;
-    void diffuseError(const Error &error, std::uint32_t row, std::uint32_t col,
-                      std::uint32_t step) override;
-    void beginRow(std::uint32_t row) {
-        buffer().beginRow(row);
-        ahead_ = Error{};
-    }
+    void resetState() override { Cells(this->methodState_, this->cols_).reset(); }
     void mapSlice(const SliceOutput<T, N> &output) override { this->scanAs(*this, output); }
     static constexpr bool kDiffusesError = true;
+
+    class Diffusion;
+    Diffusion startDiffusion() { return Diffusion(*this); }
 
 private:
     using Arithmetic = DiffusedError<T>;
     using Cells = ErrorBuffer<typename Arithmetic::Value, N>;
-    Cells buffer() { return Cells(this->methodState_, this->cols_); }
-
-    // The 7/16 share for the next pixel of the row. The row above has added
-    // all of its shares to that pixel's cell already, so adding this one
-    // last, when the pixel is read, gives the very sum the cell would hold;
-    // and the next pixel need not wait for a store to memory and its reload.
-    Error ahead_{};
 };
 
-// The damping range is taken in the promoted type of the samples.
+// What the scan of one slice keeps between pixels. It lives in the scan
+// loop's own frame, where the compiler holds it in registers: no store of
+// an output sample can be taken to change it.
 template <typename T, int N>
-[[gnu::always_inline]] inline typename FloydSteinberg<T, N>::ColorType FloydSteinberg<T, N>::pixelAt(
-    std::uint32_t row, std::uint32_t col) {
-    using Range = typename Arithmetic::Range;
-    const auto &cell = buffer().at(row, col);
-    ColorType corrected(this->inputPixel(row, col));
-    for (int k = 0; k <= N; ++k) {
-        const Range range =
-            static_cast<Range>(this->bounds_.max[k]) - static_cast<Range>(this->bounds_.min[k]);
-        corrected[k] = Arithmetic::corrected(corrected[k], cell[k] + ahead_[k], range,
-                                             this->bounds_.min[k], this->bounds_.max[k]);
+class FloydSteinberg<T, N>::Diffusion {
+public:
+    explicit Diffusion(FloydSteinberg &method) : cells_(method.methodState_, method.cols_) {
+        for (int k = 0; k <= N; ++k) {
+            if (kWholeRange && (method.bounds_.min[k] != T{0} || method.bounds_.max[k] != kMax))
+                throw std::logic_error("integer samples are bounded by their type's range");
+            low_[k] = method.bounds_.min[k];
+            high_[k] = method.bounds_.max[k];
+            range_[k] = static_cast<Range>(static_cast<Range>(high_[k]) - static_cast<Range>(low_[k]));
+        }
     }
-    return corrected;
-}
 
-template <typename T, int N>
-[[gnu::always_inline]] inline typename FloydSteinberg<T, N>::Error FloydSteinberg<T, N>::errorOf(
-    const ColorType &wanted, const ColorType &chosen) {
-    Error error;
-    for (int k = 0; k <= N; ++k) error[k] = Arithmetic::difference(wanted[k], chosen[k]);
-    return error;
-}
+    void beginRow(std::uint32_t row) {
+        cells_.beginRow(row);
+        current_ = cells_.row(row);
+        below_ = cells_.row(row + 1);
+        ahead_ = Error{};
+    }
 
-template <typename T, int N>
-[[gnu::always_inline]] inline void FloydSteinberg<T, N>::diffuseError(const Error &error,
-                                                                      std::uint32_t row,
-                                                                      std::uint32_t col,
-                                                                      std::uint32_t step) {
-    Cells cells = buffer();
-    const auto spread = [&](std::uint32_t r, std::uint32_t c, int sixteenths)
-                            __attribute__((always_inline)) {
-        auto &cell = cells.at(r, c);
-        for (int k = 0; k <= N; ++k) cell[k] += Arithmetic::share(error[k], sixteenths);
-    };
-    for (int k = 0; k <= N; ++k) ahead_[k] = Arithmetic::share(error[k], 7);
-    spread(row + 1, col, 3);
-    spread(row + 1, col + step, 5);
-    spread(row + 1, col + step + step, 1);
-}
+    // The input pixel corrected by its accumulated error, damped first.
+    [[gnu::always_inline]] Samples pixelAt(const T *input, std::ptrdiff_t col) const {
+        const auto &cell = current_[col];
+        Samples corrected;
+        for (int k = 0; k <= N; ++k) {
+            const auto error = cell[k] + ahead_[k];
+            // Integer samples always span their type's whole range; as
+            // constants, the bounds cost the loop no registers.
+            if constexpr (kWholeRange)
+                corrected[k] = Arithmetic::corrected(input[k], error, kMax - 0, T{0}, kMax);
+            else
+                corrected[k] = Arithmetic::corrected(input[k], error, range_[k], low_[k], high_[k]);
+        }
+        return corrected;
+    }
+
+    [[gnu::always_inline]] Error errorOf(const Samples &wanted, const Samples &chosen) const {
+        Error error;
+        for (int k = 0; k <= N; ++k) error[k] = Arithmetic::difference(wanted[k], chosen[k]);
+        return error;
+    }
+
+    // The 7/16 share for the next pixel of the row is kept aside: the row
+    // above has added all of its shares to that pixel's cell already, so
+    // adding this one last, when the pixel is read, gives the very sum the
+    // cell would hold, and the next pixel need not wait for a store and its
+    // reload.
+    [[gnu::always_inline]] void diffuseError(const Error &error, std::ptrdiff_t col, std::ptrdiff_t step) {
+        const auto spread = [&](std::ptrdiff_t at, int sixteenths) __attribute__((always_inline)) {
+            auto &cell = below_[at];
+            for (int k = 0; k <= N; ++k) cell[k] += Arithmetic::share(error[k], sixteenths);
+        };
+        for (int k = 0; k <= N; ++k) ahead_[k] = Arithmetic::share(error[k], 7);
+        spread(col, 3);
+        spread(col + step, 5);
+        spread(col + step + step, 1);
+    }
+
+private:
+    using Range = typename Arithmetic::Range;
+    using Cell = typename Cells::Cell;
+    static constexpr bool kWholeRange = SampleTraits<T>::kFixedRange;
+    static constexpr T kMax = [] {
+        if constexpr (kWholeRange) return SampleTraits<T>::kMax;
+        return T{};
+    }();
+
+    Cells cells_;
+    Cell *current_ = nullptr;
+    Cell *below_ = nullptr;
+    Error ahead_{};
+    std::array<Range, N + 1> range_;
+    std::array<T, N + 1> low_, high_;
+};
 
 #define TARVEX_DECLARE_FLOYD_STEINBERG(T, N) extern template class FloydSteinberg<T, N>;
 TARVEX_FOR_EACH_INSTANTIATION(TARVEX_DECLARE_FLOYD_STEINBERG)

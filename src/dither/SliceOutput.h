@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <stdexcept>
@@ -16,7 +17,7 @@ namespace ColorUtilities {
 template <typename T, int N>
 struct ColourWriter {
     T *out;
-    void operator()(std::size_t pixel, std::uint32_t, const Color<T, N> &chosen) const {
+    void operator()(std::size_t pixel, std::uint32_t, const std::array<T, N + 1> &chosen) const {
         T *samples = out + pixel * (N + 1);
         for (int k = 0; k <= N; ++k) samples[k] = chosen[k];
     }
@@ -25,8 +26,8 @@ struct ColourWriter {
 template <typename Index>
 struct IndexWriter {
     Index *out;
-    template <class ColorType>
-    void operator()(std::size_t pixel, std::uint32_t index, const ColorType &) const {
+    template <class Samples>
+    void operator()(std::size_t pixel, std::uint32_t index, const Samples &) const {
         out[pixel] = static_cast<Index>(index);
     }
 };
