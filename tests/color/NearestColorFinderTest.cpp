@@ -17,6 +17,7 @@
 #include "SamplePhotographs.h"
 #include "color/CandidateGrid.h"
 #include "color/NearestColorFinder.h"
+#include "color/PackedCandidates.h"
 
 namespace {
 
@@ -214,6 +215,32 @@ TEST(CandidateGrid, AnswersAsTheExhaustiveSearchForEveryByteTarget) {
             ASSERT_EQ(pairGrid.find(pair), nearestColorIndex(pairs, pair)) << kind << " " << v;
             const Color<unsigned char, 0> level(samples + 1);
             ASSERT_EQ(greyGrid.find(level), nearestColorIndex(grey, level)) << kind << " " << v;
+        }
+    }
+}
+
+// The vector comparison of packed candidates against the one-by-one order,
+// on colours of few levels, where equal distances are the rule; lists
+// shorter than seven repeat their first index, as the grid packs them.
+TEST(PackedCandidates, VectorAnswersAsOneByOne) {
+    std::uint64_t state = 3;
+    for (int trial = 0; trial < 200; ++trial) {
+        const std::uint32_t levels = 2 + trial % 4;
+        PackedCandidates packed;
+        for (int i = 0; i < 256; ++i) {
+            std::uint32_t color = 0;
+            for (int k = 0; k < 4; ++k) color |= nextRandom(state) % levels * (255 / (levels - 1)) << (8 * k);
+            packed.add(color);
+        }
+        for (int t = 0; t < 500; ++t) {
+            std::uint32_t indices[PackedCandidates::kCapacity];
+            const std::uint32_t count = 1 + nextRandom(state) % PackedCandidates::kCapacity;
+            for (std::uint32_t i = 0; i < count; ++i) indices[i] = nextRandom(state) % 256;
+            const std::uint64_t candidates = PackedCandidates::candidates(indices, count);
+            std::uint32_t target = 0;
+            for (int k = 0; k < 4; ++k) target |= (nextRandom(state) % (2 * levels - 1)) * (255 / (2 * levels - 2)) << (8 * k);
+            ASSERT_EQ(packed.nearest(candidates, target), packed.nearestOneByOne(candidates, target))
+                << "trial " << trial << " target " << t;
         }
     }
 }
