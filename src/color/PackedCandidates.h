@@ -93,17 +93,14 @@ private:
     }
 
 #if defined(__SSE2__)
-    // Four squared distances, each above its colour's index.
+    // Four squared distances, each above its colour's index. The channels'
+    // differences are bytes of their colour's lane: the even and the odd
+    // ones, widened in place, are squared and summed pairwise within it.
     static __m128i keysOf(__m128i colors, __m128i wanted, __m128i indices) {
         const __m128i apart = _mm_or_si128(_mm_subs_epu8(colors, wanted), _mm_subs_epu8(wanted, colors));
-        const __m128i zero = _mm_setzero_si128();
-        const __m128i first = _mm_unpacklo_epi8(apart, zero), second = _mm_unpackhi_epi8(apart, zero);
-        // Per colour: the squares of channels 0 and 1 summed, and of 2 and 3.
-        const __m128 halvesLow = _mm_castsi128_ps(_mm_madd_epi16(first, first));
-        const __m128 halvesHigh = _mm_castsi128_ps(_mm_madd_epi16(second, second));
-        const __m128i distances =
-            _mm_add_epi32(_mm_castps_si128(_mm_shuffle_ps(halvesLow, halvesHigh, _MM_SHUFFLE(2, 0, 2, 0))),
-                          _mm_castps_si128(_mm_shuffle_ps(halvesLow, halvesHigh, _MM_SHUFFLE(3, 1, 3, 1))));
+        const __m128i even = _mm_and_si128(apart, _mm_set1_epi16(0xFF));
+        const __m128i odd = _mm_srli_epi16(apart, 8);
+        const __m128i distances = _mm_add_epi32(_mm_madd_epi16(even, even), _mm_madd_epi16(odd, odd));
         return _mm_or_si128(_mm_slli_epi32(distances, kIndexBits), indices);
     }
 

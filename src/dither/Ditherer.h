@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <optional>
+#include <type_traits>
 #include <variant>
 #include <vector>
 
@@ -115,6 +116,8 @@ private:
     void prepareSearch();
     template <class Method, class Writer>
     void scan(Method &method, const Writer &write);
+    template <class Method, class Writer, class Search>
+    void scanRows(Method &method, const Writer &write, const Search &search);
     std::uint32_t chooseIndex(const Samples &wanted);
     std::uint32_t chooseOtherwise(const ColorType &wanted);
 };
@@ -179,12 +182,40 @@ std::uint32_t Ditherer<T, N>::chooseOtherwise(const ColorType &wanted) {
     return index;
 }
 
-// Method is the ditherer's own final class: its diffusion is named, not
-// looked up, so that it inlines into the loop.
+// The search is chosen once a slice: the grid, asked directly, answers most
+// searches of integer samples.
 template <typename T, int N>
 template <class Method, class Writer>
 void Ditherer<T, N>::scan(Method &method, const Writer &write) {
     if (!useSortedSearch_ && !nearest_) nearest_.emplace(*palette_, !Method::kDiffusesError);
+    if constexpr (std::is_integral_v<T>) {
+        if (!useCache_ && !useSortedSearch_) {
+            if (auto *grid = nearest_->grid()) {
+                using Grid = std::remove_pointer_t<decltype(grid)>;
+                struct GridSearch {
+                    Grid *grid;
+                    [[gnu::always_inline]] std::uint32_t operator()(const Samples &wanted) const {
+                        return grid->find(wanted);
+                    }
+                };
+                return scanRows(method, write, GridSearch{grid});
+            }
+        }
+    }
+    struct AnySearch {
+        Ditherer *ditherer;
+        [[gnu::always_inline]] std::uint32_t operator()(const Samples &wanted) const {
+            return ditherer->chooseIndex(wanted);
+        }
+    };
+    scanRows(method, write, AnySearch{this});
+}
+
+// Method is the ditherer's own final class: its diffusion is named, not
+// looked up, so that it inlines into the loop.
+template <typename T, int N>
+template <class Method, class Writer, class Search>
+void Ditherer<T, N>::scanRows(Method &method, const Writer &write, const Search &search) {
     const std::size_t rows = rows_;
     const std::ptrdiff_t cols = cols_;
     // Every search of an empty palette answers 0, which is no colour.
@@ -202,7 +233,7 @@ void Ditherer<T, N>::scan(Method &method, const Writer &write) {
         diffusion.beginRow(static_cast<std::uint32_t>(row));
         for (std::ptrdiff_t col = backward ? cols - 1 : 0; col != end; col += step) {
             const Samples wanted = diffusion.pixelAt(input + col * (N + 1), col);
-            const std::uint32_t index = chooseIndex(wanted);
+            const std::uint32_t index = search(wanted);
             const Samples &chosen = colors[index];
             write(row * cols + col, index, chosen);
             diffusion.diffuseError(diffusion.errorOf(wanted, chosen), col, step);
