@@ -186,23 +186,13 @@ private:
         return a.index < b.index;
     }
 
-    // The channels' cells with their bits interleaved, so that boxes near in
-    // every channel lie near in the table: successive targets of a picture
-    // then share cache lines.
+    // The channels' cells side by side: the key is made in a few cycles, and
+    // each pixel of an error-diffusing scan waits for it.
     static std::size_t keyOf(int level, const Cells &cells) {
-        (void)level;
         std::size_t key = 0;
-        for (int k = 0; k <= N; ++k) key |= std::size_t{kSpread[cells[k]]} << (N - k);
+        for (int k = 0; k <= N; ++k) key = key << level | cells[k];
         return key;
     }
-
-    // v's bits, N+1 places apart.
-    static constexpr std::array<std::uint32_t, 256> kSpread = [] {
-        std::array<std::uint32_t, 256> spread{};
-        for (std::uint32_t v = 0; v < 256; ++v)
-            for (int bit = 0; bit < 8; ++bit) spread[v] |= (v >> bit & 1u) << (bit * (N + 1));
-        return spread;
-    }();
 
     // Below the table's box, down the smaller boxes it was cut into.
     std::uint32_t findWithin(const Span &box, const Cells &offsets, const Samples &wanted) {

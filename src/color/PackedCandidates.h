@@ -10,6 +10,12 @@
 #if defined(__SSE2__)
 #include <emmintrin.h>
 #endif
+#if defined(__x86_64__) && defined(__GNUC__)
+#include <immintrin.h>
+#define TARVEX_WIDE_VECTORS 1
+#else
+#define TARVEX_WIDE_VECTORS 0
+#endif
 
 namespace ColorUtilities {
 
@@ -26,6 +32,18 @@ public:
     // caller's. A shorter list repeats its first index.
     static constexpr std::uint32_t kCapacity = 7;
 
+    // Wide vectors, where the processor has them, take all seven colours
+    // in one register and fetch them in one instruction.
+    explicit PackedCandidates(bool wide = wideVectors()) : wide_(wide && wideVectors()) {}
+
+    static bool wideVectors() {
+#if TARVEX_WIDE_VECTORS
+        return __builtin_cpu_supports("avx2");
+#else
+        return false;
+#endif
+    }
+
     void add(std::uint32_t packedColor) { colors_[size_++] = packedColor; }
 
     static std::uint64_t candidates(const std::uint32_t *indices, std::uint32_t count) {
@@ -38,6 +56,9 @@ public:
     // least distance, then nearer in the first channel that differs, then
     // the lower index.
     [[gnu::always_inline]] std::uint32_t nearest(std::uint64_t candidates, std::uint32_t target) const {
+#if TARVEX_WIDE_VECTORS
+        if (wide_) return nearestWide(candidates, target);
+#endif
 #if defined(__SSE2__)
         const auto lane = [&](int i) { return static_cast<int>(colors_[candidates >> (8 * i) & 0xFF]); };
         const __m128i wanted = _mm_set1_epi32(static_cast<int>(target));
@@ -72,6 +93,35 @@ public:
     }
 
 private:
+#if TARVEX_WIDE_VECTORS
+    // Lane 7 repeats lane 0, as shorter lists do.
+    [[gnu::target("avx2"), gnu::noinline]] std::uint32_t nearestWide(std::uint64_t candidates,
+                                                                   std::uint32_t target) const {
+        const auto eight = static_cast<long long>(candidates | candidates << 56);
+        const __m256i indices = _mm256_cvtepu8_epi32(_mm_cvtsi64_si128(eight));
+        const auto lane = [&](int i) { return static_cast<int>(colors_[candidates >> (8 * (i % 7)) & 0xFF]); };
+        const __m256i colors =
+            _mm256_setr_epi32(lane(0), lane(1), lane(2), lane(3), lane(4), lane(5), lane(6), lane(0));
+        const __m256i wanted = _mm256_set1_epi32(static_cast<int>(target));
+        const __m256i apart =
+            _mm256_or_si256(_mm256_subs_epu8(colors, wanted), _mm256_subs_epu8(wanted, colors));
+        const __m256i even = _mm256_and_si256(apart, _mm256_set1_epi16(0xFF));
+        const __m256i odd = _mm256_srli_epi16(apart, 8);
+        const __m256i distances = _mm256_add_epi32(_mm256_madd_epi16(even, even), _mm256_madd_epi16(odd, odd));
+        const __m256i keys = _mm256_or_si256(_mm256_slli_epi32(distances, kIndexBits), indices);
+        __m128i least = _mm_min_epu32(_mm256_castsi256_si128(keys), _mm256_extracti128_si256(keys, 1));
+        least = _mm_min_epu32(least, _mm_shuffle_epi32(least, _MM_SHUFFLE(1, 0, 3, 2)));
+        least = _mm_min_epu32(least, _mm_shuffle_epi32(least, _MM_SHUFFLE(2, 3, 0, 1)));
+        const __m256i best = _mm256_broadcastd_epi32(least);
+        const __m256i rivals = _mm256_andnot_si256(
+            _mm256_cmpeq_epi32(keys, best),
+            _mm256_cmpeq_epi32(_mm256_srli_epi32(keys, kIndexBits), _mm256_srli_epi32(best, kIndexBits)));
+        if (_mm256_testz_si256(rivals, rivals)) [[likely]]
+            return static_cast<std::uint32_t>(_mm_cvtsi128_si32(least)) & 0xFF;
+        return nearestOneByOne(candidates, target);
+    }
+#endif
+
     // A key is the squared distance (at most 18 bits) above the index.
     static constexpr int kIndexBits = 8;
 
@@ -113,6 +163,7 @@ private:
 
     std::array<std::uint32_t, 256> colors_{};
     std::size_t size_ = 0;
+    bool wide_;
 };
 
 }  // namespace ColorUtilities

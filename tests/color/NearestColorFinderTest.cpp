@@ -224,9 +224,10 @@ TEST(CandidateGrid, AnswersAsTheExhaustiveSearchForEveryByteTarget) {
 // shorter than seven repeat their first index, as the grid packs them.
 TEST(PackedCandidates, VectorAnswersAsOneByOne) {
     std::uint64_t state = 3;
-    for (int trial = 0; trial < 200; ++trial) {
+    for (int trial = 0; trial < 400; ++trial) {
         const std::uint32_t levels = 2 + trial % 4;
-        PackedCandidates packed;
+        // Wide vectors where the processor has them, and narrow ones.
+        PackedCandidates packed(trial % 2 == 0);
         for (int i = 0; i < 256; ++i) {
             std::uint32_t color = 0;
             for (int k = 0; k < 4; ++k) color |= nextRandom(state) % levels * (255 / (levels - 1)) << (8 * k);
