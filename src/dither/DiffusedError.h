@@ -61,18 +61,23 @@ struct DiffusedError<T, true> {
     static Value share(Value error, int sixteenths) { return error * sixteenths; }
 
     [[gnu::always_inline]] static T corrected(T sample, Value error, Range range, T low, T high) {
-        // A ratio of a quarter or more halves the error, of a half or more
-        // quarters it, of three quarters or more takes an eighth. An empty or
-        // inverted range damps nothing.
-        const std::int32_t magnitude = std::abs(error);
-        const int halvings = range <= 0 ? 0
-                                        : (magnitude >= 4 * range) + (magnitude >= 8 * range) +
-                                              (magnitude >= 12 * range);
-        const std::int32_t wanted = std::int32_t{sample} * 128 + (error * 8 >> halvings);
+        // Most errors are under a quarter of the range and keep their value;
+        // the test for that is all that each pixel waits for.
+        const bool damped = range > 0 && std::abs(error) >= 4 * range;
+        const std::int32_t wanted =
+            std::int32_t{sample} * 128 + (damped ? dampedError(error, range) : error * 8);
         const std::int32_t clamped =
             std::max(std::int32_t{low} * 128, std::min(std::int32_t{high} * 128, wanted));
         // Half away from zero.
         return static_cast<T>(clamped >= 0 ? (clamped + 64) >> 7 : -((64 - clamped) >> 7));
+    }
+
+    // In 128ths: a ratio of a quarter or more halves the error, of a half or
+    // more quarters it, of three quarters or more takes an eighth.
+    [[gnu::noinline]] static std::int32_t dampedError(Value error, Range range) {
+        const std::int32_t magnitude = std::abs(error);
+        const int halvings = 1 + (magnitude >= 8 * range) + (magnitude >= 12 * range);
+        return error * 8 >> halvings;
     }
 };
 
