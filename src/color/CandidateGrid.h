@@ -250,6 +250,9 @@ private:
             add(colors_[span.at]);
         else
             for (std::uint32_t i = 0; i < span.count; ++i) add(entries_[span.at + i]);
+        // The list lives on in the span alone: if it was the last one made,
+        // its entries are given back.
+        if (span.count > 1 && span.at + span.count == entries_.size()) entries_.resize(span.at);
         const std::uint64_t word = PackedCandidates::candidates(indices.data(), count);
         span = {static_cast<std::uint32_t>(word),
                 static_cast<std::uint32_t>(word >> 32) | kPacked << 24};
@@ -331,8 +334,10 @@ private:
             scratch_.push_back(from[i]);
             scratch_.back().boxDistance = static_cast<Distance>(inside);
         }
-        // Long lists are cut further rather than scanned, and need no order.
-        if (scratch_.size() <= kLongList || level == kSampleBits)
+        // Long lists are cut further rather than scanned, and need no order;
+        // nor do lists that will be packed, whose colours are compared at once.
+        const bool packed = packing_ && level == kTableLevel && scratch_.size() <= PackedCandidates::kCapacity;
+        if (!packed && (scratch_.size() <= kLongList || level == kSampleBits))
             std::sort(scratch_.begin(), scratch_.end(), [](const Candidate &a, const Candidate &b) {
                 return a.boxDistance < b.boxDistance;
             });
