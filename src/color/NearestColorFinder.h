@@ -57,7 +57,8 @@ private:
     [[gnu::noinline]] std::uint32_t findAnyhow(const Color<T, N> &target) {
         std::uint32_t index;
         if (memo_ && memo_->recall(target, &index)) return index;
-        index = treeSearches_ && finite(target) ? tree_.find(target) : nearestColorIndex(palette_, target);
+        index = treeSearches_ && finite(target) ? tree_.find(target, last_) : nearestColorIndex(palette_, target);
+        last_ = index;
         if (memo_) memo_->remember(target, index);
         return index;
     }
@@ -80,6 +81,8 @@ private:
     // uninitialised use in some builds.
     PaletteTree<T, N> tree_;
     bool treeSearches_ = false;
+    // Successive targets of a picture lie near each other.
+    std::uint32_t last_ = kUnknownIndex;
     std::optional<NearestColorMemo<T, N>> memo_;
 };
 

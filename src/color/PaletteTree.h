@@ -35,13 +35,21 @@ public:
         if (entries_.empty()) return;
         nodes_.resize(1);
         build(0, 0, static_cast<std::uint32_t>(entries_.size()));
+        positions_.resize(entries_.size());
+        for (std::uint32_t at = 0; at < entries_.size(); ++at) positions_[entries_[at].index] = at;
     }
 
-    // An empty palette answers 0, like the exhaustive search.
-    std::uint32_t find(const Color<T, N> &target) const {
+    // An empty palette answers 0, like the exhaustive search. A likely
+    // answer, when known (the last one, say), bounds the visit from the
+    // start; any palette index does, and the answer does not depend on it.
+    std::uint32_t find(const Color<T, N> &target, std::uint32_t likely = kUnknownIndex) const {
         if (entries_.empty()) return 0;
         const Entry *best = nullptr;
         double bestDistance = 0;
+        if (likely < positions_.size()) {
+            best = &entries_[positions_[likely]];
+            bestDistance = colorDistance(target, best->color);
+        }
         std::uint32_t stack[kMaxDepth];
         int depth = 0;
         stack[depth++] = 0;
@@ -152,6 +160,7 @@ private:
 
     std::vector<Entry> entries_;
     std::vector<Node> nodes_;
+    std::vector<std::uint32_t> positions_;  // of each palette index in entries_
 };
 
 }  // namespace ColorUtilities
