@@ -118,7 +118,24 @@ private:
             _mm256_cmpeq_epi32(_mm256_srli_epi32(keys, kIndexBits), _mm256_srli_epi32(best, kIndexBits)));
         if (_mm256_testz_si256(rivals, rivals)) [[likely]]
             return static_cast<std::uint32_t>(_mm_cvtsi128_si32(least)) & 0xFF;
-        return nearestOneByOne(candidates, target);
+        // Among the colours at the least distance: the channel differences,
+        // first channel highest, then the index.
+        const __m256i nearest = _mm256_cmpeq_epi32(_mm256_srli_epi32(keys, kIndexBits), _mm256_srli_epi32(best, kIndexBits));
+        const __m256i firstHighest = _mm256_setr_epi8(3, 2, 1, 0, 7, 6, 5, 4, 11, 10, 9, 8, 15, 14, 13, 12,
+                                                      3, 2, 1, 0, 7, 6, 5, 4, 11, 10, 9, 8, 15, 14, 13, 12);
+        const __m256i channels = _mm256_or_si256(_mm256_shuffle_epi8(apart, firstHighest),
+                                                 _mm256_andnot_si256(nearest, _mm256_set1_epi32(-1)));
+        const __m256i fewest = _mm256_set1_epi32(static_cast<int>(leastOf(channels)));
+        const __m256i alike = _mm256_cmpeq_epi32(channels, fewest);
+        const __m256i others = _mm256_andnot_si256(alike, _mm256_set1_epi32(-1));
+        return leastOf(_mm256_or_si256(_mm256_and_si256(indices, alike), others)) & 0xFF;
+    }
+
+    [[gnu::target("avx2"), gnu::always_inline]] static std::uint32_t leastOf(__m256i values) {
+        __m128i least = _mm_min_epu32(_mm256_castsi256_si128(values), _mm256_extracti128_si256(values, 1));
+        least = _mm_min_epu32(least, _mm_shuffle_epi32(least, _MM_SHUFFLE(1, 0, 3, 2)));
+        least = _mm_min_epu32(least, _mm_shuffle_epi32(least, _MM_SHUFFLE(2, 3, 0, 1)));
+        return static_cast<std::uint32_t>(_mm_cvtsi128_si32(least));
     }
 #endif
 
