@@ -46,8 +46,9 @@ public:
     // varied images. Remembering answers pays where colours repeat and
     // costs where they do not: its blocks crowd the processor's cache.
     explicit CandidateGrid(const Palette<T, N> &palette, bool rememberAnswers = true,
-                           std::size_t entryLimit = (std::size_t{256} << 20) / sizeof(Candidate))
-        : entryLimit_(entryLimit) {
+                           std::size_t entryLimit = (std::size_t{256} << 20) / sizeof(Candidate),
+                           bool wideVectors = PackedCandidates::wideVectors())
+        : entryLimit_(entryLimit), packed_(wideVectors) {
         colors_.reserve(palette.size());
         for (std::uint32_t i = 0; i < palette.size(); ++i)
             colors_.push_back(candidateOf(palette.colors[i], i));

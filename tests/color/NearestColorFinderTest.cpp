@@ -199,6 +199,20 @@ TEST(CandidateGrid, AnswersAsTheExhaustiveSearchOnAdversarialPalettes) {
 }
 
 // Every possible target of one- and two-channel bytes.
+// The narrow vectors too, on machines whose grids take the wide ones.
+TEST(CandidateGrid, NarrowVectorsAnswerAsTheExhaustiveSearch) {
+    std::uint64_t state = 91;
+    for (int kind = 0; kind <= 4; ++kind) {
+        Palette<unsigned char, 2> palette(0);
+        palette.colors = adversarialPalette<unsigned char, 2>(kind, state);
+        CandidateGrid<unsigned char, 2> grid(palette, false, std::size_t{1} << 24, false);
+        for (int t = 0; t < 20000; ++t) {
+            const Color<unsigned char, 2> target = adversarialTarget(palette.colors, state);
+            ASSERT_EQ(grid.find(target), nearestColorIndex(palette, target)) << "kind " << kind << ", target " << t;
+        }
+    }
+}
+
 TEST(CandidateGrid, AnswersAsTheExhaustiveSearchForEveryByteTarget) {
     std::uint64_t state = 5;
     for (int kind = 0; kind <= 4; ++kind) {
