@@ -52,6 +52,7 @@ public:
         colors_.reserve(palette.size());
         for (std::uint32_t i = 0; i < palette.size(); ++i)
             colors_.push_back(candidateOf(palette.colors[i], i));
+        keepFirstOfEachColor();
         for (int level = 0; level <= kTableLevel; ++level)
             levels_[level] = ZeroedArray<Span>(std::size_t{1} << (level * (N + 1)));
         remembering_ = kRemembers && rememberAnswers && palette.size() <= Memo::kColors;
@@ -222,7 +223,7 @@ private:
         Span &span = levels_[level][keyOf(level, cells)];
         if (span.count != 0) return span;
         if (level == 0) {
-            span = makeList(level, cells, colors_.data(), colors_.size());
+            span = makeList(level, cells, distinctColors_.data(), distinctColors_.size());
         } else {
             Cells parent = cells;
             for (std::uint32_t &cell : parent) cell >>= 1;
@@ -233,28 +234,18 @@ private:
     }
 
     // A short list of a small palette's colours is named in its box's span,
-    // so that they are compared at once, whatever their number. A colour
-    // repeated at a higher index never wins and is left out.
+    // so that they are compared at once, whatever their number.
     bool packIfShort(Span &span) {
         if (!packing_ || span.count > PackedCandidates::kCapacity) return false;
         std::array<std::uint32_t, PackedCandidates::kCapacity> indices{};
-        std::uint32_t count = 0;
-        const auto add = [&](const Candidate &c) {
-            for (std::uint32_t i = 0; i < count; ++i)
-                if (colors_[indices[i]].samples == c.samples) {
-                    indices[i] = std::min(indices[i], c.index);
-                    return;
-                }
-            indices[count++] = c.index;
-        };
         if (span.count == 1)
-            add(colors_[span.at]);
+            indices[0] = span.at;
         else
-            for (std::uint32_t i = 0; i < span.count; ++i) add(entries_[span.at + i]);
+            for (std::uint32_t i = 0; i < span.count; ++i) indices[i] = entries_[span.at + i].index;
         // The list lives on in the span alone: if it was the last one made,
         // its entries are given back.
         if (span.count > 1 && span.at + span.count == entries_.size()) entries_.resize(span.at);
-        const std::uint64_t word = PackedCandidates::candidates(indices.data(), count);
+        const std::uint64_t word = PackedCandidates::candidates(indices.data(), span.count);
         span = {static_cast<std::uint32_t>(word),
                 static_cast<std::uint32_t>(word >> 32) | kPacked << 24};
         return true;
@@ -384,12 +375,24 @@ private:
         return least > 0;
     }
 
+    // The lists are made from each colour's first index alone: a colour
+    // repeated at a higher index never wins, and its repeats would lengthen
+    // every list it is in.
+    void keepFirstOfEachColor() {
+        distinctColors_ = colors_;
+        std::stable_sort(distinctColors_.begin(), distinctColors_.end(),
+                         [](const Candidate &a, const Candidate &b) { return a.samples < b.samples; });
+        distinctColors_.erase(std::unique(distinctColors_.begin(), distinctColors_.end(),
+                                          [](const Candidate &a, const Candidate &b) { return a.samples == b.samples; }),
+                              distinctColors_.end());
+    }
+
     // Lists that overflow again and again belong to a large palette whose
     // colours are near few targets each: then the palette is searched along
     // its first channel instead, which costs no memory and bounds the time.
     void forgetLists() {
         if (++forgotten_ == kForgetsBeforeWalking) {
-            byFirstChannel_ = colors_;
+            byFirstChannel_ = distinctColors_;
             std::sort(byFirstChannel_.begin(), byFirstChannel_.end(),
                       [](const Candidate &a, const Candidate &b) { return a.samples[0] < b.samples[0]; });
         }
@@ -429,7 +432,8 @@ private:
     std::size_t entryLimit_;
     int forgotten_ = 0;
     std::vector<Candidate> byFirstChannel_;
-    std::vector<Candidate> colors_;
+    std::vector<Candidate> colors_;  // by palette index
+    std::vector<Candidate> distinctColors_;
     std::array<ZeroedArray<Span>, kTableLevel + 1> levels_;
     std::deque<ChildBlock> children_;  // a deque keeps the spans in place as it grows
     std::vector<Candidate> entries_;
