@@ -2,14 +2,11 @@
 #include <gif_lib.h>
 #include <turbojpeg.h>
 
-#include <cstring>
 #include <set>
 
-#include "HostTable.h"
-#include "ImageFiles.h"
+#include "BinaryFiles.h"
 #include "PluginDiscovery.h"
 #include "Support.h"
-#include "refhost/refhost.hpp"
 
 using namespace tarvex_cli;
 
@@ -17,10 +14,7 @@ namespace {
 
 class GifCommandTest : public ScratchTest {
 protected:
-    void SetUp() override {
-        ScratchTest::SetUp();
-        setPluginPath(TARVEX_PLUGIN_PATH);
-    }
+    void SetUp() override { setPluginPath(TARVEX_PLUGIN_PATH); }
 
     static int run(std::vector<std::string> args) {
         for (const Command &command : commands())
@@ -29,18 +23,11 @@ protected:
         return -1;
     }
 
-    // A PNG of `channels` 8-bit channels whose pixel i is `value(i, channel)`.
-    std::string png(const std::string &name, mint width, mint height, mint channels, int seed) const {
-        MImage image = nullptr;
-        EXPECT_EQ(rh_image_new(0, width, height, channels, MImage_Type_Bit8,
-                               channels == 1 ? MImage_CS_Gray : MImage_CS_RGB, true, false, &image),
-                  0);
-        const rh::Image owned(image);
-        auto *samples = static_cast<std::uint8_t *>(hostTable()->imageFunctions->getRawData(image));
-        for (mint i = 0; i < width * height * channels; ++i)
-            samples[i] = static_cast<std::uint8_t>((i * 37 + seed * 101) % 7 * 40);
-        writePng(image, 0, path(name));
-        return path(name);
+    // A PNG of few colours, `seed` choosing which.
+    std::string png(const std::string &name, int width, int height, int channels, int seed) const {
+        return writeTestPng(path(name), width, height, channels, 8, [=](int i, int k) {
+            return std::uint16_t(((i * channels + k) * 37 + seed * 101) % 7 * 40);
+        });
     }
 
     // A JPEG of `channels` (1 or 3) flat-coloured 8-bit channels, so that it decodes without loss.
@@ -52,9 +39,7 @@ protected:
         EXPECT_EQ(tjCompress2(encoder, pixels.data(), width, 0, height, channels == 1 ? TJPF_GRAY : TJPF_RGB, &bytes,
                               &size, channels == 1 ? TJSAMP_GRAY : TJSAMP_444, 100, 0),
                   0);
-        std::FILE *file = std::fopen(path(name).c_str(), "wb");
-        std::fwrite(bytes, 1, size, file);
-        std::fclose(file);
+        writeFileBytes(path(name), bytes, size);
         tjFree(bytes);
         tjDestroy(encoder);
         return path(name);
@@ -118,9 +103,7 @@ TEST_F(GifCommandTest, ReadsJpegFramesInGreyAndColour) {
     EXPECT_EQ(written.width, 9);
     EXPECT_EQ(written.colors, (std::set<std::uint32_t>{0xC8C8C8}));
     const std::string broken = path("broken.jpg");
-    std::FILE *file = std::fopen(broken.c_str(), "wb");
-    std::fputs("\xff\xd8\xffjunk", file);
-    std::fclose(file);
+    writeFileBytes(broken, "\xff\xd8\xffjunk", 7);
     const std::string message = cliFailure([&] { run({"-o", path("x.gif"), broken}); }, 1);
     EXPECT_NE(message.find("not a readable JPEG file"), std::string::npos) << message;
 }

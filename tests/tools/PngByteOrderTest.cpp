@@ -51,20 +51,9 @@ std::vector<std::uint8_t> fileBytes(const Layout &layout) {
 }
 
 rh::Image hostImage(const Layout &layout) {
-    const bool sixteen = layout.bitDepth == 16;
-    MImage image = nullptr;
-    EXPECT_EQ(rh_image_new(0, kWidth, kHeight, layout.channels, sixteen ? MImage_Type_Bit16 : MImage_Type_Bit8,
-                           layout.channels < 3 ? MImage_CS_Gray : MImage_CS_RGB, true,
-                           layout.channels % 2 == 0, &image),
-              0);
-    void *data = hostTable()->imageFunctions->getRawData(image);
-    for (std::size_t k = 0; k < sampleCount(layout); ++k) {
-        if (sixteen)
-            static_cast<std::uint16_t *>(data)[k] = sampleValue(k, 16);
-        else
-            static_cast<std::uint8_t *>(data)[k] = std::uint8_t(sampleValue(k, 8));
-    }
-    return rh::Image(image);
+    return testImage(kWidth, kHeight, int(layout.channels), layout.bitDepth,
+                     [&](int i, int k) { return sampleValue(std::size_t(i) * layout.channels + k, layout.bitDepth); },
+                     layout.channels % 2 == 0);
 }
 
 std::vector<std::uint8_t> samplesOf(MImage image) {

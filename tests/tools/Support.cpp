@@ -8,13 +8,12 @@
 
 using namespace tarvex_cli;
 
-std::string writeTestPng(const std::string &path, int width, int height, int channels, int bits,
-                         const std::function<std::uint16_t(int, int)> &sample, bool alpha) {
+rh::Image testImage(int width, int height, int channels, int bits, const SampleOf &sample, bool alpha) {
     MImage image = nullptr;
     EXPECT_EQ(rh_image_new(0, width, height, channels, bits == 16 ? MImage_Type_Bit16 : MImage_Type_Bit8,
                            channels <= 2 ? MImage_CS_Gray : MImage_CS_RGB, true, alpha, &image),
               0);
-    const rh::Image owned(image);
+    rh::Image owned(image);
     void *data = hostTable()->imageFunctions->getRawData(image);
     for (int i = 0; i < width * height; ++i)
         for (int k = 0; k < channels; ++k) {
@@ -22,7 +21,12 @@ std::string writeTestPng(const std::string &path, int width, int height, int cha
             if (bits == 16) static_cast<std::uint16_t *>(data)[at] = sample(i, k);
             else static_cast<std::uint8_t *>(data)[at] = static_cast<std::uint8_t>(sample(i, k));
         }
-    writePng(image, 0, path);
+    return owned;
+}
+
+std::string writeTestPng(const std::string &path, int width, int height, int channels, int bits,
+                         const SampleOf &sample, bool alpha) {
+    writePng(testImage(width, height, channels, bits, sample, alpha).get(), 0, path);
     return path;
 }
 
@@ -40,4 +44,10 @@ PngSamples readTestPng(const std::string &path) {
         png.samples.push_back(png.bits == 16 ? static_cast<const std::uint16_t *>(data)[i]
                                              : static_cast<const std::uint8_t *>(data)[i]);
     return png;
+}
+
+std::set<std::vector<std::uint16_t>> PngSamples::colors() const {
+    std::set<std::vector<std::uint16_t>> distinct;
+    for (auto at = samples.begin(); at != samples.end(); at += channels) distinct.emplace(at, at + channels);
+    return distinct;
 }

@@ -3,12 +3,15 @@
 
 #include <cstdint>
 #include <functional>
+#include <set>
 #include <string>
+#include <vector>
 
 #include <gtest/gtest.h>
 
 #include "Command.h"
 #include "Scratch.h"
+#include "refhost/refhost.hpp"
 
 // The message of the CliError that `action` throws, having checked its exit status.
 template <class Action>
@@ -25,14 +28,19 @@ std::string cliFailure(Action &&action, int exitStatus) {
 
 using tarvex_test::ScratchTest;
 
-// Writes a PNG of `channels` channels of 8 or 16 bits whose sample k of pixel
+using SampleOf = std::function<std::uint16_t(int pixel, int channel)>;
+
+// A host image of `channels` channels of 8 or 16 bits whose sample k of pixel
 // i is sample(i, k); with `alpha` the last channel is flagged as alpha.
+rh::Image testImage(int width, int height, int channels, int bits, const SampleOf &sample, bool alpha = false);
+// The same image written as a PNG; returns `path`.
 std::string writeTestPng(const std::string &path, int width, int height, int channels, int bits,
-                         const std::function<std::uint16_t(int, int)> &sample, bool alpha = false);
+                         const SampleOf &sample, bool alpha = false);
 
 // The samples of a PNG as the tool reads it, with its bits and channels.
 struct PngSamples {
     int bits = 0, channels = 0, width = 0, height = 0;
     std::vector<std::uint16_t> samples;
+    std::set<std::vector<std::uint16_t>> colors() const;  // the distinct pixels
 };
 PngSamples readTestPng(const std::string &path);
