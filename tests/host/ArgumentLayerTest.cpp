@@ -27,15 +27,21 @@ protected:
     static QuorbelImageFunctions images() { return rh_library_data(RH_TABLE_FULL)->imageFunctions; }
 };
 
+// The code and message of the OstrelError that `f` throws.
 template <typename F>
-OTErrorCode codeOf(F &&f) {
+std::pair<OTErrorCode, std::string> failureOf(F &&f) {
     try {
         f();
     } catch (const OstrelError &e) {
-        return e.id();
+        return {e.id(), e.what()};
     }
     ADD_FAILURE() << "no OstrelError";
-    return OTErrorCode{};
+    return {};
+}
+
+template <typename F>
+OTErrorCode codeOf(F &&f) {
+    return failureOf(f).first;
 }
 
 template <typename F>
@@ -67,10 +73,8 @@ MRawArray newRawArray(MRawArray_Data_Type type, std::initializer_list<mint> dims
 }
 
 TEST_F(ArgumentLayer, ErrorMessagesAreFixedTexts) {
-    EXPECT_STREQ(OstrelError(RawArrayNewError).what(),
-                 "Error -202 (see vorlet documentation for details)");
-    EXPECT_STREQ(OstrelError(DimensionError).what(),
-                 "Error 3 (see vorlet documentation for details)");
+    EXPECT_STREQ(OstrelError(RawArrayNewError).what(), "Error -202 (see vorlet documentation for details)");
+    EXPECT_STREQ(OstrelError(DimensionError).what(), "Error 3 (see vorlet documentation for details)");
     EXPECT_STREQ(OstrelError(ImageTypeError, "custom").what(), "custom");
 }
 
@@ -86,13 +90,8 @@ TEST_F(ArgumentLayer, IndexAtOrBeyondTheCountIsRefusedWithItsMessage) {
     MArgument args[2] = {{.integer = &values[0]}, {.integer = &values[1]}};
     MArgumentManager manager(2, args, args[0]);
     EXPECT_EQ(manager.getInteger(1), 8);
-    try {
-        manager.getInteger(2);
-        FAIL();
-    } catch (const OstrelError &e) {
-        EXPECT_EQ(e.id(), ArgumentIndexError);
-        EXPECT_STREQ(e.what(), "Index 2 out-of-bound when accessing Ostrel argument");
-    }
+    EXPECT_EQ(failureOf([&] { manager.getInteger(2); }),
+              std::pair(ArgumentIndexError, std::string("Index 2 out-of-bound when accessing Ostrel argument")));
 }
 
 // A table that counts string releases, so the test owns the strings it sends.
@@ -141,15 +140,9 @@ TEST_F(ArgumentLayer, ElementTypesMustMatchTheRequest) {
 TEST_F(ArgumentLayer, DimensionsBelowOneAreRefused) {
     const long live = rh_counters().liveRawArrays;
     // The kernel may pass an empty array; the plug-in never makes one.
-    for (const std::vector<mint> &dimensions : {std::vector<mint>{3, 0}, std::vector<mint>{0, 3}}) {
-        try {
-            RawArray<unsigned char> array(dimensions);
-            ADD_FAILURE() << dimensions[0] << " x " << dimensions[1] << " was made";
-        } catch (const OstrelError &e) {
-            EXPECT_EQ(e.id(), DimensionError);
-            EXPECT_STREQ(e.what(), "Invalid input vector with array dimensions");
-        }
-    }
+    for (const std::vector<mint> &dimensions : {std::vector<mint>{3, 0}, std::vector<mint>{0, 3}})
+        EXPECT_EQ(failureOf([&] { RawArray<unsigned char> array(dimensions); }),
+                  std::pair(DimensionError, std::string("Invalid input vector with array dimensions")));
     EXPECT_EQ(codeOf([] { Image<float> image(0, 0, 5, 3, MImage_CS_RGB, true); }), DimensionError);
     EXPECT_EQ(rh_counters().liveRawArrays, live);
 }
@@ -292,13 +285,8 @@ TEST_F(ArgumentLayer, DispatchRefusesWhatThePixelLoopsCannotRead) {
     // A handle the kernel does not know as an image has no usable type.
     MRawArray notAnImage = newRawArray(MRawArray_Type_UBit8, {2});
     MImage disguised = reinterpret_cast<MImage>(notAnImage);
-    try {
-        dispatchOn(disguised);
-        FAIL();
-    } catch (const OstrelError &e) {
-        EXPECT_EQ(e.id(), ImageArgumentTypeError);
-        EXPECT_STREQ(e.what(), "Incorrect type of Image argument. Argument index: 0");
-    }
+    EXPECT_EQ(failureOf([&] { dispatchOn(disguised); }),
+              std::pair(ImageArgumentTypeError, std::string("Incorrect type of Image argument. Argument index: 0")));
     rh_library_data(RH_TABLE_FULL)->rawArrayFunctions->free(notAnImage);
 }
 
