@@ -139,13 +139,6 @@ std::vector<std::uint8_t> fileBytes(const std::string &path) {
     return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
 }
 
-// 64-bit FNV-1a.
-std::uint64_t checksum(const std::vector<std::uint8_t> &bytes) {
-    std::uint64_t hash = 0xcbf29ce484222325ULL;
-    for (std::uint8_t b : bytes) hash = (hash ^ b) * 0x100000001b3ULL;
-    return hash;
-}
-
 Rgb DecodedGif::color(std::size_t k, std::size_t i) const {
     const std::vector<Rgb> &map = images[k].localMap.empty() ? globalMap : images[k].localMap;
     return map.at(images[k].indices.at(i));

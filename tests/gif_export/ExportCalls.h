@@ -16,10 +16,7 @@
 
 namespace export_test {
 
-struct Rgb {
-    std::uint8_t r = 0, g = 0, b = 0;
-    bool operator==(const Rgb &) const = default;
-};
+using gif_test::Rgb;
 
 // A tensor argument: integers or reals, rank 1 unless dimensions are given.
 struct TensorArgument {
@@ -65,7 +62,6 @@ std::vector<std::uint8_t> colorBytes(const std::vector<Rgb> &colors);
 std::string outputPath(const std::string &name);
 bool fileExists(const std::string &path);
 std::vector<std::uint8_t> fileBytes(const std::string &path);
-std::uint64_t checksum(const std::vector<std::uint8_t> &bytes);
 
 struct DecodedImage {
     int width = 0, height = 0;

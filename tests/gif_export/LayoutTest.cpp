@@ -3,16 +3,15 @@
 #include <numeric>
 
 #include "ExportCalls.h"
+#include "ImportCalls.h"
 #include "gif_export/InterlaceOrder.h"
 #include "host/ListSeparator.h"
 
 namespace export_test {
 namespace {
 
+using gif_test::kBlack, gif_test::kRed, gif_test::kGreen, gif_test::kBlue, gif_test::kWhite, gif_test::kYellow;
 using tarvex_test::HostBooksGuard;
-
-const Rgb kBlack{0, 0, 0}, kRed{255, 0, 0}, kGreen{0, 255, 0}, kBlue{0, 0, 255},
-    kWhite{255, 255, 255}, kYellow{255, 255, 0};
 
 // Writes `frames` index frames of height x width against one map.
 DecodedGif writeIndexed(const std::string &name, const std::vector<Rgb> &map,

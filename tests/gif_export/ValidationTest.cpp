@@ -17,9 +17,10 @@ struct FramesCall {
     mint argc = 10;
 };
 
+template <class Call>
 struct Refusal {
     const char *name;
-    std::function<void(FramesCall &)> change;
+    std::function<void(Call &)> change;
     int code;
     bool fileLeft;
 };
@@ -33,7 +34,7 @@ WriteResult run(const FramesCall &call) {
     return writeFrames(image, call.options, call.argc);
 }
 
-const Refusal kFramesRefusals[] = {
+const Refusal<FramesCall> kFramesRefusals[] = {
     {"TwoChannels", [](FramesCall &c) { c.channels = 2; c.colorSpace = MImage_CS_Gray; }, -10, false},
     {"FourChannels", [](FramesCall &c) { c.channels = 4; }, -10, false},
     {"SixteenBitSamples", [](FramesCall &c) { c.type = MImage_Type_Bit16; }, -10, false},
@@ -67,7 +68,7 @@ const Refusal kFramesRefusals[] = {
     {"DirectoryMissing", [](FramesCall &c) { c.options.file = "/nonexistent-dir/x.gif"; }, -10, false},
 };
 
-class FramesRefusal : public testing::TestWithParam<Refusal> {};
+class FramesRefusal : public testing::TestWithParam<Refusal<FramesCall>> {};
 
 TEST_P(FramesRefusal, AnswersItsCodeAndLeavesTheFileAsCreated) {
     HostBooksGuard guard;
@@ -116,14 +117,7 @@ struct ColormapsCall {
     WriteOptions options;
 };
 
-struct ColormapsRefusal {
-    const char *name;
-    std::function<void(ColormapsCall &)> change;
-    int code;
-    bool fileLeft;
-};
-
-const ColormapsRefusal kColormapsRefusals[] = {
+const Refusal<ColormapsCall> kColormapsRefusals[] = {
     {"IndicesSixteenBit", [](ColormapsCall &c) { c.indexType = MRawArray_Type_UBit16; }, -10, false},
     {"IndicesRank1", [](ColormapsCall &c) { c.indexDims = {12}; }, -10, false},
     {"IndicesRank4", [](ColormapsCall &c) { c.indexDims = {1, 2, 3, 4}; }, -10, false},
@@ -138,7 +132,7 @@ const ColormapsRefusal kColormapsRefusals[] = {
     {"TransparentColorNotInMap", [](ColormapsCall &c) { c.options.transparency = ints({1, 2, 3}); }, -13, true},
 };
 
-class ColormapsRefusalTest : public testing::TestWithParam<ColormapsRefusal> {};
+class ColormapsRefusalTest : public testing::TestWithParam<Refusal<ColormapsCall>> {};
 
 TEST_P(ColormapsRefusalTest, AnswersItsCodeAndLeavesTheFileAsCreated) {
     HostBooksGuard guard;
@@ -178,12 +172,6 @@ TEST(ArgumentCount, AWrongCountIsRefusedFirst) {
             EXPECT_FALSE(result.written);
         }
 }
-
-}  // namespace
-}  // namespace export_test
-
-namespace export_test {
-namespace {
 
 // A device that takes no bytes makes giflib's writes fail: -9, whether the
 // failure comes while writing (a large file) or only when the last bytes are

@@ -9,7 +9,8 @@
 namespace gif_test {
 
 struct Rgb {
-    std::uint8_t r, g, b;
+    std::uint8_t r = 0, g = 0, b = 0;
+    bool operator==(const Rgb &) const = default;
 };
 using ColorTable = std::vector<Rgb>;  // a power of two long, 2 to 256
 
