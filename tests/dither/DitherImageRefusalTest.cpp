@@ -1,15 +1,12 @@
 // What DitherImage refuses, with which code, and that a refused call writes
 // no result and leaves nothing alive in the host.
 #include <cstdlib>
-#include <new>
-#include <stdexcept>
 #include <string>
 #include <vector>
 
 #include <gtest/gtest.h>
 
 #include "DitherCall.h"
-#include "exports/DitherCatchTable.h"
 
 namespace {
 
@@ -112,17 +109,6 @@ TEST(DitherImageRefuses, AResultTheHostCannotCreate) {
         expectRefused(arguments);
         rh_clear_faults();
     }
-}
-
-// Running out of memory is not a runtime error: an export reports it with
-// the code for other failures, as it does an index overrun.
-TEST(DitherImageRefuses, OutOfMemoryIsAnOtherFailure) {
-    using OstrelUtils::DitherCatchTable;
-    EXPECT_EQ(DitherCatchTable::code(std::make_exception_ptr(std::bad_alloc())), kOtherFailure);
-    EXPECT_EQ(DitherCatchTable::code(std::make_exception_ptr(std::out_of_range("x"))),
-              kOtherFailure);
-    EXPECT_EQ(DitherCatchTable::code(std::make_exception_ptr(std::runtime_error("x"))),
-              kRuntimeFailure);
 }
 
 }  // namespace
