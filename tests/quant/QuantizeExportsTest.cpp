@@ -18,8 +18,8 @@ using tarvex_test::HostBooksGuard;
 constexpr int kQuantizeFailure = -14;
 
 // Three colours on a 4 x 2 RGB picture.
-const std::vector<unsigned char> kThreeColours = {0,   0,   0,   255, 0,   0,   0,   0, 0,   255, 0, 0,
-                                                  0,   0,   255, 0,   0,   255, 0,   0, 0,   0,   0, 0};
+const std::vector<unsigned char> kThreeColours = {0, 0, 0, 255, 0, 0, 0, 0, 0, 255, 0, 0,
+                                                  0, 0, 255, 0, 0, 255, 0, 0, 0, 0, 0, 0};
 
 struct ThreeColourImage {
     rh::Image image{newImage<unsigned char>({0, 4, 2, 3}, kThreeColours)};
@@ -101,18 +101,6 @@ TEST(GetQuantizedImage, ReturnsTheInputItselfWhenItHasNoMoreColoursThanAskedFor)
     rh::Image redrawn(answer);
     EXPECT_NE(answer, picture.image.get());
     EXPECT_EQ(images()->getChannels(answer), 3);
-}
-
-TEST(GetQuantizedImage, KeepsTheSliceCountOfThreeDimensionalImages) {
-    HostBooksGuard guard;
-    Random random(5);
-    const ImageShape shape{3, 7, 5, 2};
-    rh::Image image(newImage<unsigned short>(shape, randomSamples<unsigned short>(random, shape)));
-    MImage answer = nullptr;
-    ASSERT_EQ(callGetQuantizedImage({image.get(), 4, "FloydSteinberg", false, kOctree}, &answer), 0);
-    rh::Image redrawn(answer);
-    EXPECT_EQ(images()->getRank(answer), 3);
-    EXPECT_EQ(images()->getSliceCount(answer), 3);
 }
 
 TEST(UniqueColors, CountsBothWaysAndEachNaNPixelApartWhenHashed) {

@@ -123,12 +123,4 @@ TEST(UniqueColors, FastCountMatchesThePlainMapsWithAndWithoutLimits) {
     });
 }
 
-TEST(UniqueColors, EveryNaNPixelIsNewInTheHashedCountAndSignedZerosAreOne) {
-    const double nan = std::numeric_limits<double>::quiet_NaN();
-    const std::vector<double> samples = {nan, nan, nan, 0.0, -0.0, 1.0};
-    EXPECT_EQ((Quant::countUniqueColors<double, 0>(samples.data(), 6, 100, false)), 5u);
-    const std::vector<double> zeros = {0.0, -0.0, 0.0};
-    EXPECT_EQ((Quant::countUniqueColors<double, 0>(zeros.data(), 3, 100, true)), 1u);
-}
-
 }  // namespace
