@@ -198,7 +198,6 @@ TEST(CandidateGrid, AnswersAsTheExhaustiveSearchOnAdversarialPalettes) {
         [&]<typename T, int N>() { expectSameOnAdversarialPalettes<T, N>(++seed); });
 }
 
-// Every possible target of one- and two-channel bytes.
 // The narrow vectors too, on machines whose grids take the wide ones.
 TEST(CandidateGrid, NarrowVectorsAnswerAsTheExhaustiveSearch) {
     std::uint64_t state = 91;
@@ -213,6 +212,7 @@ TEST(CandidateGrid, NarrowVectorsAnswerAsTheExhaustiveSearch) {
     }
 }
 
+// Every possible target of one- and two-channel bytes.
 TEST(CandidateGrid, AnswersAsTheExhaustiveSearchForEveryByteTarget) {
     std::uint64_t state = 5;
     for (int kind = 0; kind <= 4; ++kind) {
