@@ -2,8 +2,6 @@
 
 #include <cstring>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 
 namespace export_test {
 namespace {
@@ -135,8 +133,8 @@ std::string outputPath(const std::string &name) {
 bool fileExists(const std::string &path) { return std::filesystem::exists(path); }
 
 std::vector<std::uint8_t> fileBytes(const std::string &path) {
-    std::ifstream in(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
+    const std::string bytes = tarvex_test::fileContents(path);
+    return {bytes.begin(), bytes.end()};
 }
 
 Rgb DecodedGif::color(std::size_t k, std::size_t i) const {

@@ -122,25 +122,6 @@ TEST(Layout, BackgroundIndexFollowsItsFallbacks) {
     EXPECT_EQ(writeGrey("greybackground.gif", 1, 3, 1, {10, 20, 30}).background, 3);
 }
 
-TEST(Layout, OneMapPerFrameIsWrittenLocallyWithBackground255) {
-    HostBooksGuard guard;
-    WriteOptions options;
-    options.file = outputPath("localmaps.gif");
-    const std::vector<Rgb> first{kBlack, kRed}, second{kGreen, kBlue};
-    std::vector<std::uint8_t> bytes = colorBytes(first);
-    const std::vector<std::uint8_t> more = colorBytes(second);
-    bytes.insert(bytes.end(), more.begin(), more.end());
-    const rh::RawArray maps = byteArray({2, 2, 3}, bytes);
-    const rh::RawArray raw = byteArray({2, 1, 2}, {0, 1, 1, 0});
-    ASSERT_EQ(writeColormaps(maps.get(), raw.get(), options).code, 0);
-    const DecodedGif gif = decodeGif(options.file);
-    EXPECT_TRUE(gif.globalMap.empty());
-    EXPECT_EQ(gif.background, 255);
-    EXPECT_EQ(gif.images.at(0).localMap, first);
-    EXPECT_EQ(gif.images.at(1).localMap, second);
-    EXPECT_EQ(gif.color(1, 0), kBlue);
-}
-
 TEST(Layout, AGreyFileSharesOneMapOfTheLevelsItUses) {
     const DecodedGif one = writeGrey("onelevel.gif", 2, 2, 2, std::vector<std::uint8_t>(8, 77));
     EXPECT_EQ(one.globalMap, (std::vector<Rgb>{{77, 77, 77}, kBlack}));

@@ -52,12 +52,15 @@ Colors distinctColors(int count) {
     return colors;
 }
 
+// The map is the smallest power of two that holds them.
 TEST(ColorReducer, AFewColoursAreKeptExactlyAndMappedToThemselves) {
-    for (int count : {2, 3, 17, 200, 256}) {
+    const std::pair<int, int> cases[] = {{2, 2}, {3, 4}, {5, 8}, {16, 16}, {17, 32}, {129, 256}, {200, 256}, {256, 256}};
+    for (auto [count, mapSize] : cases) {
         const Colors colors = distinctColors(count);
         ASSERT_EQ(std::set(colors.begin(), colors.end()).size(), std::size_t(count));
         for (bool dither : {false, true}) {
             const Reduced r = reduce(pixelsOf(colors), 1, std::uint32_t(count), dither);
+            EXPECT_EQ(r.map->ColorCount, mapSize) << count << " colours";
             const Colors palette = mapColors(*r.map, count);
             EXPECT_EQ(std::set(palette.begin(), palette.end()), std::set(colors.begin(), colors.end()))
                 << count << " colours, dither " << dither;
@@ -74,12 +77,6 @@ TEST(ColorReducer, OneColourGivesATwoEntryMapLedByIt) {
         EXPECT_EQ(mapColors(*r.map, 2), (Colors{{10, 200, 30}, {0, 0, 0}}));
         EXPECT_EQ(r.indices, std::vector<std::uint8_t>(12, 0));
     }
-}
-
-TEST(ColorReducer, MapSizeIsTheSmallestPowerOfTwoHoldingThePalette) {
-    const std::pair<int, int> cases[] = {{2, 2}, {3, 4}, {5, 8}, {16, 16}, {17, 32}, {129, 256}};
-    for (auto [colors, size] : cases)
-        EXPECT_EQ(reduce(pixelsOf(distinctColors(colors)), 1, std::uint32_t(colors), false).map->ColorCount, size);
 }
 
 // Channel values 0 and 1 share one depth-8 leaf: one colour, their rounded mean.

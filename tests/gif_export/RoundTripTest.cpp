@@ -149,7 +149,8 @@ TEST(RoundTrip, GreyFramesComeBackWithTheirTransparency) {
     }
 }
 
-// Index frames with a map each, and grey frames, read the same everywhere.
+// Index frames with a map each (written locally, the background then 255),
+// and grey frames, read the same everywhere.
 TEST(RoundTrip, IndexAndGreyFramesComeBackExactly) {
     HostBooksGuard guard;
     const std::string indexed = outputPath("indexed.gif");
@@ -168,6 +169,10 @@ TEST(RoundTrip, IndexAndGreyFramesComeBackExactly) {
         expected.insert(expected.end(), colors + entry, colors + entry + 3);
     }
     expectEveryDecoderAgrees(indexed, expected);
+    const DecodedGif gif = decodeGif(indexed);
+    EXPECT_TRUE(gif.globalMap.empty());
+    EXPECT_EQ(gif.background, 255);
+    EXPECT_EQ(gif.images.at(1).localMap, (std::vector<Rgb>{{9, 9, 9}, {80, 80, 80}, {160, 160, 160}, {250, 250, 250}}));
 
     const std::vector<std::uint8_t> levels = randomBytes(3 * 6 * 4, 13);
     options.file = outputPath("grey-exact.gif");

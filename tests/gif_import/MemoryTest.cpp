@@ -97,13 +97,9 @@ TEST_F(DecodeMemory, UndecodableReadsCloseTheirStreams) {
     const std::string good = GifBuilder(2, 1, {kRed, kGreen}).image(0, 0, 2, 1, {0, 1}).write("good.gif");
     const long before = openDescriptors();
     for (int i = 0; i < 2000; ++i) ASSERT_EQ(readOneFrame(bad, 1).code, -3) << "read " << i;
-    if (before >= 0) {
-        EXPECT_EQ(openDescriptors(), before);
-    }
+    if (before >= 0) { EXPECT_EQ(openDescriptors(), before); }
     EXPECT_EQ(readOneFrame(good, 1).rows(), std::vector<std::string>{"RG"});
-    if (before >= 0) {
-        EXPECT_EQ(openDescriptors(), before) << "a decoded file keeps its stream open";
-    }
+    if (before >= 0) { EXPECT_EQ(openDescriptors(), before) << "a decoded file keeps its stream open"; }
 }
 
 // Runs `calls` in a child process whose address space may grow by `headroom`

@@ -1,10 +1,10 @@
 // `tarvex gif`: frames from PNG and GIF files into one GIF file.
-#include <gif_lib.h>
 #include <turbojpeg.h>
 
 #include <set>
 
 #include "BinaryFiles.h"
+#include "ExportCalls.h"
 #include "PluginDiscovery.h"
 #include "Support.h"
 
@@ -46,37 +46,24 @@ protected:
     }
 };
 
+// What giflib reads back: the colours of every pixel of every frame, packed,
+// and each frame's delay.
 struct Decoded {
-    int frames = 0, width = 0, height = 0;
+    export_test::DecodedGif gif;
+    std::set<std::uint32_t> colors;
     std::vector<int> delays;
-    std::set<std::uint32_t> colors;  // of every pixel of every frame
-    std::vector<std::uint32_t> globalMap;
 };
 
 Decoded decode(const std::string &file) {
     Decoded result;
-    int error = 0;
-    GifFileType *gif = DGifOpenFileName(file.c_str(), &error);
-    if (gif == nullptr || DGifSlurp(gif) != GIF_OK) {
-        ADD_FAILURE() << "giflib cannot read " << file;
-        return result;
+    result.gif = export_test::decodeGif(file);
+    for (std::size_t k = 0; k < result.gif.images.size(); ++k) {
+        for (std::size_t i = 0; i < result.gif.images[k].indices.size(); ++i) {
+            const export_test::Rgb c = result.gif.color(k, i);
+            result.colors.insert(std::uint32_t(c.r) << 16 | std::uint32_t(c.g) << 8 | c.b);
+        }
+        result.delays.push_back(result.gif.images[k].control ? result.gif.images[k].control->DelayTime : -1);
     }
-    const auto packed = [](const GifColorType &c) {
-        return std::uint32_t(c.Red) << 16 | std::uint32_t(c.Green) << 8 | c.Blue;
-    };
-    result.frames = gif->ImageCount, result.width = gif->SWidth, result.height = gif->SHeight;
-    for (int i = 0; gif->SColorMap && i < gif->SColorMap->ColorCount; ++i)
-        result.globalMap.push_back(packed(gif->SColorMap->Colors[i]));
-    for (int k = 0; k < gif->ImageCount; ++k) {
-        const SavedImage &image = gif->SavedImages[k];
-        const ColorMapObject *map = image.ImageDesc.ColorMap ? image.ImageDesc.ColorMap : gif->SColorMap;
-        for (int i = 0; i < image.ImageDesc.Width * image.ImageDesc.Height; ++i)
-            result.colors.insert(packed(map->Colors[image.RasterBits[i]]));
-        GraphicsControlBlock control;
-        DGifSavedExtensionToGCB(gif, k, &control);
-        result.delays.push_back(control.DelayTime);
-    }
-    DGifCloseFile(gif, &error);
     return result;
 }
 
@@ -84,13 +71,13 @@ TEST_F(GifCommandTest, WritesPngAndGifFramesInOrder) {
     const std::string first = png("a.png", 6, 4, 3, 1), grey = png("g.png", 6, 4, 1, 2);
     ASSERT_EQ(run({"-o", path("two.gif"), first, grey, "--delay", "0.5,0.25", "--loop", "2"}), 0);
     const Decoded two = decode(path("two.gif"));
-    EXPECT_EQ(two.frames, 2);
-    EXPECT_EQ(two.width, 6);
+    EXPECT_EQ(two.gif.images.size(), 2u);
+    EXPECT_EQ(two.gif.width, 6);
     EXPECT_EQ(two.delays, (std::vector<int>{50, 25}));
     // Few colours: the frames come back exactly, and again when re-encoded.
     ASSERT_EQ(run({"-o", path("again.gif"), path("two.gif"), first, "--dither", "none"}), 0);
     const Decoded again = decode(path("again.gif"));
-    EXPECT_EQ(again.frames, 3);
+    EXPECT_EQ(again.gif.images.size(), 3u);
     EXPECT_EQ(again.colors, two.colors);
     EXPECT_EQ(again.delays, (std::vector<int>{10, 10, 10}));
 }
@@ -99,8 +86,8 @@ TEST_F(GifCommandTest, ReadsJpegFramesInGreyAndColour) {
     const std::string colour = jpeg("c.jpg", 9, 5, 3), grey = jpeg("g.jpg", 9, 5, 1);
     ASSERT_EQ(run({"-o", path("jpeg.gif"), colour, grey}), 0);
     const Decoded written = decode(path("jpeg.gif"));
-    EXPECT_EQ(written.frames, 2);
-    EXPECT_EQ(written.width, 9);
+    EXPECT_EQ(written.gif.images.size(), 2u);
+    EXPECT_EQ(written.gif.width, 9);
     EXPECT_EQ(written.colors, (std::set<std::uint32_t>{0xC8C8C8}));
     const std::string broken = path("broken.jpg");
     writeFileBytes(broken, "\xff\xd8\xffjunk", 7);
@@ -112,8 +99,8 @@ TEST_F(GifCommandTest, WritesIndicesAgainstTheGivenPalette) {
     const std::string frame = png("a.png", 8, 8, 3, 3);
     ASSERT_EQ(run({"-o", path("pal.gif"), frame, "--palette", "#000000,#ffffff,#ff0000"}), 0);
     const Decoded written = decode(path("pal.gif"));
-    EXPECT_EQ(written.frames, 1);
-    EXPECT_EQ(written.globalMap, (std::vector<std::uint32_t>{0, 0xFFFFFF, 0xFF0000, 0}));
+    EXPECT_EQ(written.gif.images.size(), 1u);
+    EXPECT_EQ(written.gif.globalMap, (std::vector<export_test::Rgb>{{0, 0, 0}, {255, 255, 255}, {255, 0, 0}, {0, 0, 0}}));
     for (std::uint32_t c : written.colors) EXPECT_TRUE(c == 0 || c == 0xFFFFFF || c == 0xFF0000) << c;
 }
 
