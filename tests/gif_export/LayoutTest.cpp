@@ -4,7 +4,6 @@
 
 #include "ExportCalls.h"
 #include "ImportCalls.h"
-#include "gif_export/InterlaceOrder.h"
 #include "host/ListSeparator.h"
 
 namespace export_test {
@@ -135,19 +134,14 @@ TEST(Layout, AGreyFileSharesOneMapOfTheLevelsItUses) {
     for (const DecodedImage &image : four.images) EXPECT_TRUE(image.localMap.empty());
 }
 
+// Rows written in any other order than the four passes come back misplaced.
 TEST(Layout, InterlacedRowsComeInFourPasses) {
-    const std::vector<std::vector<std::uint32_t>> expected = {
-        {0}, {0, 1}, {0, 2, 1}, {0, 2, 1, 3}, {0, 4, 2, 1, 3}, {0, 4, 2, 1, 3, 5},
-        {0, 4, 2, 6, 1, 3, 5}, {0, 4, 2, 6, 1, 3, 5, 7}, {0, 8, 4, 2, 6, 1, 3, 5, 7}};
     for (std::uint32_t height = 1; height <= 9; ++height) {
-        EXPECT_EQ(GifExport::interlacedRowOrder(height), expected[height - 1]);
-        // giflib puts the rows back in image order.
         std::vector<std::uint8_t> rows(height);
         std::iota(rows.begin(), rows.end(), std::uint8_t{0});
         WriteOptions options;
         options.interlace = true;
-        std::vector<Rgb> map(16);
-        const DecodedGif gif = writeIndexed("interlace.gif", map, {mint(height), 1}, rows, options);
+        const DecodedGif gif = writeIndexed("interlace.gif", std::vector<Rgb>(16), {mint(height), 1}, rows, options);
         EXPECT_TRUE(gif.images.at(0).interlaced);
         EXPECT_EQ(gif.images[0].indices, rows) << "height " << height;
     }
