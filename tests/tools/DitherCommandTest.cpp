@@ -59,8 +59,7 @@ TEST_F(DitherCommand, PalettesFromFiles) {
     EXPECT_EQ(fileContents(path("twice.png")), fileContents(path("once.png")));
 
     std::ofstream(path("bad.txt")) << "#000000\n1,2,x\n";
-    EXPECT_EQ(tool({"dither", picture, "-o", path("x.png"), "--palette", path("bad.txt")}), 1);
-    EXPECT_NE(errors_.find("bad.txt:2"), std::string::npos) << errors_;
+    expectToolMessage(runTool({"dither", picture, "-o", path("x.png"), "--palette", path("bad.txt")}), 1, "bad.txt:2");
 }
 
 TEST_F(DitherCommand, RealSamplesThroughRawFiles) {
@@ -82,8 +81,7 @@ TEST_F(DitherCommand, RealSamplesThroughRawFiles) {
 
 TEST_F(DitherCommand, RefusesWhatCannotBeDithered) {
     const std::string picture = samplePicture(8, 8), out = path("x.png");
-    EXPECT_EQ(tool({"dither", picture, "-o", out, "--palette", "#0000,#ffff"}), 1);
-    EXPECT_NE(errors_.find("3 channels"), std::string::npos) << errors_;
+    expectToolMessage(runTool({"dither", picture, "-o", out, "--palette", "#0000,#ffff"}), 1, "3 channels");
     EXPECT_EQ(tool({"dither", picture, "-o", out, "--palette", "#000000", "--method", "fs"}), 2);
     EXPECT_EQ(tool({"dither", picture, "--palette", "#000000"}), 2);
     EXPECT_EQ(tool({"dither", picture, "-o", out, "--palette", "300,0,0"}), 1);

@@ -132,11 +132,7 @@ TEST_F(QuantizeCommand, RefusalsOfTheCommandLine) {
         {{"colors", in, "--json"}, "colors: unknown option --json"},
         {{"colors"}, "colors: give one image"},
     };
-    for (const auto &[args, message] : cases) {
-        const ProgramRun run = runTool(args);
-        EXPECT_EQ(run.status, 2) << message;
-        EXPECT_NE(run.err.find(message), std::string::npos) << run.err;
-    }
+    for (const auto &[args, message] : cases) expectToolMessage(runTool(args), 2, message);
 }
 
 TEST_F(QuantizeCommand, RealImagesTravelAsRawSampleFiles) {

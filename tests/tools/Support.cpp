@@ -30,6 +30,13 @@ std::string writeTestPng(const std::string &path, int width, int height, int cha
     return path;
 }
 
+void expectToolMessage(const tarvex_test::ProgramRun &run, int status, const std::string &message) {
+    EXPECT_EQ(run.status, status) << run.err;
+    EXPECT_EQ(run.err.rfind("tarvex: ", 0), 0u) << run.err;
+    EXPECT_EQ(run.err.find('\n'), run.err.size() - 1) << run.err << "is not one line";
+    EXPECT_NE(run.err.find(message), std::string::npos) << run.err << " lacks " << message;
+}
+
 PngSamples readTestPng(const std::string &path) {
     const rh::Image image(readPng(path));
     const QuorbelImageFunctions f = hostTable()->imageFunctions;

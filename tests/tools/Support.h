@@ -11,6 +11,7 @@
 
 #include "Command.h"
 #include "Scratch.h"
+#include "ToolRun.h"
 #include "refhost/refhost.hpp"
 
 // The message of the CliError that `action` throws, having checked its exit status.
@@ -27,6 +28,10 @@ std::string cliFailure(Action &&action, int exitStatus) {
 }
 
 using tarvex_test::ScratchTest;
+
+// A failure as users see it: the exit status, and one line on standard error,
+// "tarvex: " first, that holds `message`.
+void expectToolMessage(const tarvex_test::ProgramRun &run, int status, const std::string &message);
 
 using SampleOf = std::function<std::uint16_t(int pixel, int channel)>;
 

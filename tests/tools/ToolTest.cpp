@@ -55,19 +55,13 @@ TEST_F(ToolTest, BadCommandLinesSayWhatIsWrongAndExitWithTwo) {
         {{"call", "ReadPalettes", "{\"a.gif\""}, "is not an expression"},
     };
     for (const auto &[args, message] : cases) {
-        ProgramRun run = runTool(args);
-        SCOPED_TRACE(run.err);
-        EXPECT_EQ(run.status, 2);
+        const ProgramRun run = runTool(args);
+        expectToolMessage(run, 2, message);
         EXPECT_EQ(run.out, "");
-        EXPECT_EQ(run.err.rfind("tarvex: ", 0), 0u);
-        EXPECT_NE(run.err.find(message), std::string::npos);
-        EXPECT_EQ(run.err.find('\n'), run.err.size() - 1) << "more than one line";
     }
     EXPECT_EQ(runTool({"--plugin"}, PluginArgument::Omitted).status, 2);
-
-    const ProgramRun missing = runTool({"--plugin", path("libMissing.so"), "call", "StringSeparator"}, PluginArgument::Omitted);
-    EXPECT_EQ(missing.status, 1);
-    EXPECT_NE(missing.err.find("cannot load the plug-in " + path("libMissing.so")), std::string::npos);
+    expectToolMessage(runTool({"--plugin", path("libMissing.so"), "call", "StringSeparator"}, PluginArgument::Omitted),
+                      1, "cannot load the plug-in " + path("libMissing.so"));
 }
 
 TEST(PluginDiscovery, ExplicitThenEnvironmentThenBesideTheTool) {

@@ -28,14 +28,6 @@ protected:
     std::string gradient() const {
         return writeTestPng(path("in.png"), 16, 8, 3, 8, [](int i, int k) { return std::uint16_t(i * 2 + k * 40); });
     }
-
-    // A message as users see it: "tarvex: " first, one line.
-    static void expectOneLine(const ProgramRun &run, int status, const std::string &message) {
-        EXPECT_EQ(run.status, status) << run.err;
-        EXPECT_TRUE(startsWith(run.err, "tarvex: ")) << run.err;
-        EXPECT_EQ(run.err.find('\n'), run.err.size() - 1) << run.err;
-        EXPECT_NE(run.err.find(message), std::string::npos) << run.err << " lacks " << message;
-    }
 };
 
 }  // namespace
@@ -56,12 +48,12 @@ TEST_F(UserFiles, TheOutputNameChoosesTheFormat) {
              {"dither", in, "-o", path("out.jpg"), "--palette", "bw"},
              {"quantize", in, "-o", path("out")},
              {"frames", path("OUT.GIF"), "-o", path("f"), "--name", "f-%d.tif"}}) {
-        expectOneLine(runTool(args), 2, "the tool writes PNG (.png) and GIF (.gif) files");
+        expectToolMessage(runTool(args), 2, "the tool writes PNG (.png) and GIF (.gif) files");
         EXPECT_FALSE(std::filesystem::exists(path("out.jpg")));
     }
-    expectOneLine(runTool({"quantize", in, "-o", path("many.gif"), "--colors", "257"}), 2, "at most 256 colours");
-    expectOneLine(runTool({"gif", "-o", path("anim.png"), in}), 2, "gif: writes GIF files");
-    expectOneLine(runTool({"sample-gif", path("anim.png")}), 2, "sample-gif: writes a GIF file");
+    expectToolMessage(runTool({"quantize", in, "-o", path("many.gif"), "--colors", "257"}), 2, "at most 256 colours");
+    expectToolMessage(runTool({"gif", "-o", path("anim.png"), in}), 2, "gif: writes GIF files");
+    expectToolMessage(runTool({"sample-gif", path("anim.png")}), 2, "sample-gif: writes a GIF file");
     EXPECT_FALSE(std::filesystem::exists(path("anim.png")));
 }
 
@@ -97,19 +89,19 @@ TEST_F(UserFiles, FailuresKeepTheirReason) {
         {{"quantize", path("dir"), "-o", path("x.png")}, path("dir") + ": is a directory"},
         {{"info", in}, "not a GIF file that can be decoded"},
     };
-    for (const auto &[args, message] : failures) expectOneLine(runTool(args), 1, message);
+    for (const auto &[args, message] : failures) expectToolMessage(runTool(args), 1, message);
 
     const std::vector<std::pair<std::vector<std::string>, std::string>> usage = {
         {{"info", in, "--jsn"}, "info: unknown option --jsn"},
         {{"frames", in, "-o", "a", "--frame", "1", "--frame", "2"}, "--frame is given more than once"},
         {{"dither", in, "--output=a.png", "-o", "b.png", "--palette", "bw"}, "--output is given more than once"},
     };
-    for (const auto &[args, message] : usage) expectOneLine(runTool(args), 2, message);
+    for (const auto &[args, message] : usage) expectToolMessage(runTool(args), 2, message);
 
     if (geteuid() != 0) {  // the superuser reads any file
         std::ofstream(path("locked.gif")) << "GIF89a";
         std::filesystem::permissions(path("locked.gif"), std::filesystem::perms::none);
-        expectOneLine(runTool({"info", path("locked.gif")}), 1, "Permission denied");
+        expectToolMessage(runTool({"info", path("locked.gif")}), 1, "Permission denied");
     }
 }
 
@@ -121,7 +113,7 @@ TEST_F(UserFiles, NothingFromAFileReachesTheTerminalRaw) {
     EXPECT_NE(info.out.find("comment: \\033[2Jgone\\nnext\\\\\n"), std::string::npos) << info.out;
 
     const ProgramRun bad = runTool({"dither", in, "-o", path("x.png"), "--palette", "#00\x1b[1m\x07"});
-    expectOneLine(bad, 2, "'#00\\033[1m\\007' is not #rrggbb");
+    expectToolMessage(bad, 2, "'#00\\033[1m\\007' is not #rrggbb");
     EXPECT_EQ(bad.err.find('\x1b'), std::string::npos);
 }
 
@@ -137,7 +129,7 @@ TEST_F(UserFiles, SixteenBitImagesStaySixteenBit) {
 TEST_F(UserFiles, ALibraryThatIsNotThePlugInIsNamedAsSuch) {
     const ProgramRun run =
         runTool({"--plugin", TARVEX_REFHOST_LIBRARY, "info", gradient()}, PluginArgument::Omitted);
-    expectOneLine(run, 1, std::string(TARVEX_REFHOST_LIBRARY) + " is not a Tarvex plug-in");
+    expectToolMessage(run, 1, std::string(TARVEX_REFHOST_LIBRARY) + " is not a Tarvex plug-in");
 }
 
 TEST(ProgressLine, ShowsOnlyAfterASecondAndNeverWhenQuiet) {
