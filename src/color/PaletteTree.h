@@ -47,10 +47,10 @@ public:
     std::uint32_t find(const Color<T, N> &target, std::uint32_t likely = kUnknownIndex) const {
         if (entries_.empty()) return 0;
         const Entry *best = nullptr;
-        double bestDistance = 0;
+        Distance bestDistance = 0;
         if (likely < positions_.size()) {
             best = &entries_[positions_[likely]];
-            bestDistance = colorDistance(target, best->color);
+            bestDistance = distanceOf(target, best->color);
         }
         std::uint32_t stack[kMaxDepth];
         int depth = 0;
@@ -60,7 +60,7 @@ public:
             if (best != nullptr && boxDistance(node, target) > bestDistance) continue;
             if (node.first == kLeaf) {
                 for (std::uint32_t i = node.begin; i < node.end; ++i) {
-                    const double distance = colorDistance(target, entries_[i].color);
+                    const Distance distance = distanceOf(target, entries_[i].color);
                     if (best == nullptr || before(entries_[i], distance, *best, bestDistance, target)) {
                         best = &entries_[i];
                         bestDistance = distance;
@@ -86,6 +86,10 @@ public:
     }
 
 private:
+    // Integer samples of up to 16 bits give squared distances that 64-bit
+    // integers hold exactly, as doubles do: the same order, in fewer cycles.
+    using Distance = std::conditional_t<std::is_integral_v<T>, std::int64_t, double>;
+
     static constexpr std::uint32_t kLeafSize = 8;
     static constexpr std::uint32_t kLeaf = 0xFFFFFFFF;
     // Nodes halve down to the leaves, at most 32 levels; the visit keeps at
@@ -105,7 +109,7 @@ private:
         T split;
     };
 
-    static bool before(const Entry &a, double distanceA, const Entry &b, double distanceB,
+    static bool before(const Entry &a, Distance distanceA, const Entry &b, Distance distanceB,
                        const Color<T, N> &target) {
         if (distanceA != distanceB) return distanceA < distanceB;
         if (closerByChannels(a.color, b.color, target)) return true;
@@ -113,14 +117,27 @@ private:
         return a.index < b.index;
     }
 
-    // No larger than colorDistance to any colour of the box.
-    static double boxDistance(const Node &node, const Color<T, N> &target) {
-        double sum = 0.0;
+    static Distance distanceOf(const Color<T, N> &target, const Color<T, N> &color) {
+        if constexpr (std::is_integral_v<T>) {
+            Distance sum = 0;
+            for (int k = 0; k <= N; ++k) {
+                const Distance d = Distance{target[k]} - Distance{color[k]};
+                sum += d * d;
+            }
+            return sum;
+        } else {
+            return colorDistance(target, color);
+        }
+    }
+
+    // No larger than the distance to any colour of the box.
+    static Distance boxDistance(const Node &node, const Color<T, N> &target) {
+        Distance sum = 0;
         for (int k = 0; k <= N; ++k) {
-            const double t = static_cast<double>(target[k]);
-            const double low = static_cast<double>(node.low[k]);
-            const double high = static_cast<double>(node.high[k]);
-            const double gap = t < low ? low - t : t > high ? t - high : 0.0;
+            const auto t = static_cast<Distance>(target[k]);
+            const auto low = static_cast<Distance>(node.low[k]);
+            const auto high = static_cast<Distance>(node.high[k]);
+            const Distance gap = t < low ? low - t : t > high ? t - high : 0;
             sum += gap * gap;
         }
         return sum;
