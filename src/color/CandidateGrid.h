@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "color/BoxAnswerMemo.h"
+#include "color/FirstOfEachColor.h"
 #include "color/PackedCandidates.h"
 #include "color/Palette.h"
 #include "color/ZeroedArray.h"
@@ -52,7 +53,9 @@ public:
         colors_.reserve(palette.size());
         for (std::uint32_t i = 0; i < palette.size(); ++i)
             colors_.push_back(candidateOf(palette.colors[i], i));
-        keepFirstOfEachColor();
+        // Lists are made from each colour's first index alone: repeats would
+        // lengthen every list they are in.
+        for (const std::uint32_t i : firstOfEachColor(palette).kept) distinctColors_.push_back(colors_[i]);
         for (int level = 0; level <= kTableLevel; ++level)
             levels_[level] = ZeroedArray<Span>(std::size_t{1} << (level * (N + 1)));
         remembering_ = kRemembers && rememberAnswers && palette.size() <= Memo::kColors;
@@ -373,18 +376,6 @@ private:
             least += std::min(gap(low[k]), gap(high[k]));
         }
         return least > 0;
-    }
-
-    // The lists are made from each colour's first index alone: a colour
-    // repeated at a higher index never wins, and its repeats would lengthen
-    // every list it is in.
-    void keepFirstOfEachColor() {
-        distinctColors_ = colors_;
-        std::stable_sort(distinctColors_.begin(), distinctColors_.end(),
-                         [](const Candidate &a, const Candidate &b) { return a.samples < b.samples; });
-        distinctColors_.erase(std::unique(distinctColors_.begin(), distinctColors_.end(),
-                                          [](const Candidate &a, const Candidate &b) { return a.samples == b.samples; }),
-                              distinctColors_.end());
     }
 
     // Lists that overflow again and again belong to a large palette whose

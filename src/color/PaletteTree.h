@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "color/ColorDistance.h"
+#include "color/FirstOfEachColor.h"
 #include "color/Palette.h"
 
 namespace ColorUtilities {
@@ -30,15 +31,16 @@ class PaletteTree {
 public:
     PaletteTree() = default;
     explicit PaletteTree(const Palette<T, N> &palette) {
-        entries_.reserve(palette.size());
-        for (std::uint32_t i = 0; i < palette.size(); ++i) entries_.push_back({palette.colors[i], i});
+        // Repeats would fill leaves that no split can divide.
+        const FirstOfEachColor distinct = firstOfEachColor(palette);
+        entries_.reserve(distinct.kept.size());
+        for (const std::uint32_t i : distinct.kept) entries_.push_back({palette.colors[i], i});
         if (entries_.empty()) return;
-        const std::vector<std::uint32_t> twins = keepFirstOfEachColor();
         nodes_.resize(1);
         build(0, 0, static_cast<std::uint32_t>(entries_.size()));
         positions_.resize(palette.size());
         for (std::uint32_t at = 0; at < entries_.size(); ++at) positions_[entries_[at].index] = at;
-        for (std::uint32_t i = 0; i < palette.size(); ++i) positions_[i] = positions_[twins[i]];
+        for (std::uint32_t i = 0; i < palette.size(); ++i) positions_[i] = positions_[distinct.twinOf[i]];
     }
 
     // An empty palette answers 0, like the exhaustive search. A likely
@@ -141,28 +143,6 @@ private:
             sum += gap * gap;
         }
         return sum;
-    }
-
-    // A colour repeated at a higher index never wins: at equal distance and
-    // equal channel differences the lower index does. Palettes picked from
-    // pictures repeat colours often, and the repeats would fill leaves that
-    // no split can divide. Answers, for each palette index, the index kept
-    // for its colour.
-    std::vector<std::uint32_t> keepFirstOfEachColor() {
-        std::sort(entries_.begin(), entries_.end(), [](const Entry &a, const Entry &b) {
-            for (int k = 0; k <= N; ++k)
-                if (a.color[k] != b.color[k]) return a.color[k] < b.color[k];
-            return a.index < b.index;
-        });
-        std::vector<std::uint32_t> twins(entries_.size());
-        std::size_t kept = 0;
-        for (std::size_t i = 0; i < entries_.size(); ++i) {
-            if (kept == 0 || entries_[i].color.values != entries_[kept - 1].color.values)
-                entries_[kept++] = entries_[i];
-            twins[entries_[i].index] = entries_[kept - 1].index;
-        }
-        entries_.resize(kept);
-        return twins;
     }
 
     // Fills node `at` for entries [begin, end), and below it its children.
