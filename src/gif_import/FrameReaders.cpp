@@ -36,10 +36,12 @@ int oneFrame(OstrelUtils::MArgumentManager &arguments, const std::string &fileNa
     // Loaded before the frame number is checked, so a bad number still leaves
     // the file in the cache.
     Decoder *decoder = getOrLoad(fileName);
-    const mint index = arguments.getInteger(1) - 1;
-    if (index < 0) return NoFrames;
+    // Compared before counting from zero: the smallest number has no predecessor.
+    const mint frameNumber = arguments.getInteger(1);
+    if (frameNumber < 1) return NoFrames;
+    const auto index = static_cast<std::uint64_t>(frameNumber) - 1;
     if (int code = ensureDecoded(decoder, fileName); code != Success) return code;
-    if (static_cast<std::uint64_t>(index) >= decoder->frames.size()) return NoFrames;
+    if (index >= decoder->frames.size()) return NoFrames;
 
     const int channels = decoder->frames[static_cast<std::size_t>(index)]->channels(decoder->canvasPixelCount);
     if (int code = reserveForPictures(*decoder, fileName, 1, channels); code != Success) return code;

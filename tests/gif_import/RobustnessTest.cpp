@@ -1,5 +1,7 @@
 // Damaged files and host failures: every one ends in a defined code with the
 // host's books balanced.
+#include <climits>
+
 #include <gtest/gtest.h>
 
 #include "ImportCalls.h"
@@ -69,6 +71,13 @@ TEST_F(Robustness, FilesWithoutUsableFramesReportNoFrames) {
     // A zero-sized screen takes its size from the images.
     const std::string zeroScreen = RawGif(0, 0, {kRed, kGreen}).image(0, 0, 2, 1, {1, 0}).write("zero.gif");
     EXPECT_EQ(readOneFrame(zeroScreen, 1).rows(), std::vector<std::string>{"GR"});
+}
+
+TEST_F(Robustness, FrameNumbersOutsideTheFileReportNoFrames) {
+    const std::string path = twoByTwo().write("frame-numbers.gif");
+    for (long frameNumber : {0L, -1L, 2L, LONG_MIN, LONG_MAX})
+        EXPECT_EQ(readOneFrame(path, frameNumber).code, -1) << frameNumber;
+    clearCache(path);
 }
 
 TEST_F(Robustness, HostCreationFailuresAreReturnedWithNothingLeftAlive) {
