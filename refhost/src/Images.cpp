@@ -1,8 +1,9 @@
 // Images: zero-filled sample buffers with the geometry the SDK describes.
 
+#include <algorithm>
+#include <cstdlib>
 #include <cstring>
 #include <memory>
-#include <new>
 
 #include "Books.h"
 #include "Faults.h"
@@ -26,7 +27,7 @@ struct ImageShape {
 
 struct ImageObject : ImageShape {
     std::size_t byteCount = 0;
-    std::unique_ptr<std::byte[]> data;
+    SampleBuffer data;
 };
 
 Registry<ImageObject> &images() { return registryOf<ImageObject>(); }
@@ -72,7 +73,7 @@ int create(mint slices, mint width, mint height, mint channels, MImage_Data_Type
                                        std::size_t(width), std::size_t(channels), sampleSize});
     if (!bytes) return QUORBEL_MEMORY_ERROR;
     image->byteCount = *bytes;
-    image->data.reset(new (std::nothrow) std::byte[*bytes]());
+    image->data = zeroedBuffer(*bytes);
     if (image->data == nullptr) return QUORBEL_MEMORY_ERROR;
     *result = handOut(std::move(image));
     return QUORBEL_NO_ERROR;
@@ -100,7 +101,7 @@ int clone(MImage image, MImage *result) {
     auto copy = std::make_unique<ImageObject>();
     static_cast<ImageShape &>(*copy) = *original;
     copy->byteCount = original->byteCount;
-    copy->data.reset(new (std::nothrow) std::byte[original->byteCount]);
+    copy->data.reset(static_cast<std::byte *>(std::malloc(std::max<std::size_t>(original->byteCount, 1))));
     if (copy->data == nullptr) return QUORBEL_MEMORY_ERROR;
     std::memcpy(copy->data.get(), original->data.get(), original->byteCount);
     *result = handOut(std::move(copy));

@@ -2,11 +2,14 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
+#include <cstdlib>
 #include <initializer_list>
 #include <memory>
-#include <new>
 #include <optional>
 #include <vector>
+
+#include <sys/mman.h>
 
 #include "Books.h"
 #include "quorbel/QuorbelLibrary.h"
@@ -38,12 +41,37 @@ inline std::optional<std::size_t> checkedProduct(std::initializer_list<std::size
 // The buffer of an image or raw array, as the table hands it out.
 inline constexpr auto dataOf = [](const auto &object) { return static_cast<void *>(object.data.get()); };
 
+inline constexpr std::size_t kHugePageBytes = std::size_t{2} << 20;
+
+// Asks for huge pages over the whole 2 MB blocks inside the buffer; a kernel
+// without them ignores the advice.
+inline void offerHugePages(std::byte *start, std::size_t bytes) {
+    const auto first = (reinterpret_cast<std::uintptr_t>(start) + kHugePageBytes - 1) & ~(kHugePageBytes - 1);
+    const auto end = (reinterpret_cast<std::uintptr_t>(start) + bytes) & ~(kHugePageBytes - 1);
+    if (end > first) madvise(reinterpret_cast<void *>(first), end - first, MADV_HUGEPAGE);
+}
+
+struct FreeBytes {
+    void operator()(std::byte *bytes) const { std::free(bytes); }
+};
+using SampleBuffer = std::unique_ptr<std::byte[], FreeBytes>;
+
+// Zero-filled through calloc: large buffers then come as fresh pages that are
+// zero already, and are not written twice before the plug-in fills them.
+// Those are offered huge pages too, since a plug-in writes every page of what
+// it asks for, and a fault per 4 KB costs more than filling the page.
+inline SampleBuffer zeroedBuffer(std::size_t bytes) {
+    SampleBuffer buffer(static_cast<std::byte *>(std::calloc(bytes > 0 ? bytes : 1, 1)));
+    if (buffer != nullptr && bytes >= kHugePageBytes) offerHugePages(buffer.get(), bytes);
+    return buffer;
+}
+
 // What raw arrays and tensors have in common: dimensions and a zero-filled
 // buffer of their product in elements.
 struct ArrayBlock {
     std::vector<mint> dimensions;
     mint flattenedLength = 0;
-    std::unique_ptr<std::byte[]> data;
+    SampleBuffer data;
 };
 
 // Gives `array` its dimensions and buffer, then hands it out; a dimension
@@ -61,7 +89,7 @@ int addArray(std::unique_ptr<Object> array, mint rank, const mint *dimensions, s
         array->dimensions.push_back(dimensions[i]);
     }
     array->flattenedLength = static_cast<mint>(bytes / elementSize);
-    array->data.reset(new (std::nothrow) std::byte[bytes]());
+    array->data = zeroedBuffer(bytes);
     if (array->data == nullptr) return QUORBEL_MEMORY_ERROR;
     *result = static_cast<Handle>(const_cast<void *>(registryOf<Object>().add(std::move(array))));
     return QUORBEL_NO_ERROR;
