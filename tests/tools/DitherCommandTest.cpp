@@ -88,3 +88,15 @@ TEST_F(DitherCommand, RefusesWhatCannotBeDithered) {
 }
 
 }  // namespace
+
+// Users of either habit name a sample's output alone or with -o.
+TEST_F(DitherCommand, SampleCommandsTakeTheOutputAloneOrWithDashO) {
+    for (const char *command : {"sample-image", "sample-gif"}) {
+        const std::string ext = std::strcmp(command, "sample-gif") == 0 ? ".gif" : ".png";
+        const std::string alone = path("alone" + ext), named = path("named" + ext);
+        ASSERT_EQ(runTool({command, alone}).status, 0) << command;
+        ASSERT_EQ(runTool({command, "-o", named}).status, 0) << command;
+        EXPECT_EQ(fileContents(named), fileContents(alone)) << command;
+        expectToolMessage(runTool({command, "-o", named, alone}), 2, "once");
+    }
+}

@@ -100,6 +100,13 @@ const std::string &onlyOperand(std::string_view command, const ParsedOptions &pa
     throw refusal(command, "give one " + std::string(what) + (count > 1 ? ", not " + std::to_string(count) : ""));
 }
 
+std::string outputFile(std::string_view command, const ParsedOptions &parsed) {
+    const auto named = parsed.value("--output");
+    if (!named) return onlyOperand(command, parsed, "output file");
+    if (!parsed.operands().empty()) throw refusal(command, "give the output file once, with -o or alone");
+    return *named;
+}
+
 std::int64_t wholeNumberOption(std::string_view command, std::string_view option, const std::string &text,
                                std::int64_t low, std::int64_t high) {
     const auto value = parseInt64(text);

@@ -52,6 +52,11 @@ ParsedOptions readOptions(std::string_view command, const std::vector<std::strin
 // "COMMAND: give one WHAT" (", not 2" when there are more).
 const std::string &onlyOperand(std::string_view command, const ParsedOptions &parsed, std::string_view what);
 
+// Where a command that only writes a file writes it: the value of -o/--output
+// or the one operand, as users of either habit give it; a usage error when
+// neither or both are given.
+std::string outputFile(std::string_view command, const ParsedOptions &parsed);
+
 // Option values that must be numbers; the whole word must be the number.
 // Usage errors name the command, the option and what it needs.
 std::int64_t wholeNumberOption(std::string_view command, std::string_view option, const std::string &text,

@@ -13,7 +13,7 @@
 namespace tarvex_cli {
 namespace {
 
-const char kSampleGifHelp[] = R"(usage: tarvex sample-gif OUT.gif    (- for standard output)
+const char kSampleGifHelp[] = R"(usage: tarvex sample-gif [-o] OUT.gif    (- for standard output)
 
 Writes a small animated GIF (24x24, five frames, looping forever) that shows
 what the import side composites: a white card on a transparent background,
@@ -112,8 +112,8 @@ void writeSample(GifFileType *gif, const std::string &path) {
 }
 
 int runSampleGif(const std::vector<std::string> &args) {
-    const ParsedOptions parsed = readOptions("sample-gif", args, {});
-    const std::string &path = onlyOperand("sample-gif", parsed, "file to write");
+    const ParsedOptions parsed = readOptions("sample-gif", args, {{"--output", "-o", true}});
+    const std::string path = outputFile("sample-gif", parsed);
     if (!isStandardStream(path) && imageFormatFor("sample-gif", path) != ImageFormat::Gif)
         throw usageError("sample-gif: writes a GIF file; name it FILE.gif");
     writeOutput(path, [](const std::string &file) {

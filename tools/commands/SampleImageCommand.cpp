@@ -11,7 +11,7 @@
 namespace tarvex_cli {
 namespace {
 
-const char kSampleImageHelp[] = R"(usage: tarvex sample-image OUT.png [--width W] [--height H]
+const char kSampleImageHelp[] = R"(usage: tarvex sample-image [-o] OUT.png [--width W] [--height H]
 
 Writes a photo-like RGB test picture (sky, sun, shaded balls, grain),
 the same for the same size on every run. Default size 640 x 480.
@@ -19,7 +19,8 @@ the same for the same size on every run. Default size 640 x 480.
 
 constexpr std::int64_t kLargestSide = 16384;
 
-const std::vector<OptionRule> kSampleImageOptions{{"--width", {}, true}, {"--height", {}, true}};
+const std::vector<OptionRule> kSampleImageOptions{
+    {"--output", "-o", true}, {"--width", {}, true}, {"--height", {}, true}};
 
 std::int64_t side(const ParsedOptions &parsed, std::string_view option, std::int64_t fallback) {
     const auto text = parsed.value(option);
@@ -28,7 +29,7 @@ std::int64_t side(const ParsedOptions &parsed, std::string_view option, std::int
 
 int runSampleImage(const std::vector<std::string> &args) {
     const ParsedOptions parsed = readOptions("sample-image", args, kSampleImageOptions);
-    const std::string &output = onlyOperand("sample-image", parsed, "output file");
+    const std::string output = outputFile("sample-image", parsed);
     imageFormatFor("sample-image", output);
     const std::int64_t width = side(parsed, "--width", 640), height = side(parsed, "--height", 480);
     const auto samples =
