@@ -75,6 +75,14 @@ const std::vector<PackedColor> &FrameCompositor::picture(const Decoder &decoder,
     return canvas_;
 }
 
+void FrameCompositor::release() {
+    // Assigning an empty list would keep the storage.
+    canvas_ = std::vector<PackedColor>();
+    saved_ = std::vector<PackedColor>();
+    drawnCount_ = 0;
+    consistent_ = false;
+}
+
 void FrameCompositor::restart(const Decoder &decoder) {
     canvas_.assign(decoder.canvasPixelCount, decoder.backgroundColor);
     drawnCount_ = 0;

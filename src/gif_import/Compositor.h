@@ -31,6 +31,11 @@ public:
     // next call.
     const std::vector<PackedColor> &picture(const Decoder &decoder, std::size_t index);
 
+    // Gives the canvas back. Nothing follows the last frame, so after it the
+    // canvas would only serve asking for that frame again, and a cached file
+    // would hold a whole screen for it.
+    void release();
+
     // Memory the compositor holds between calls.
     std::size_t heldBytes() const {
         return (canvas_.capacity() + saved_.capacity()) * sizeof(PackedColor);

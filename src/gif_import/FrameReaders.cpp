@@ -50,6 +50,7 @@ int oneFrame(OstrelUtils::MArgumentManager &arguments, const std::string &fileNa
         code != 0)
         return code;
     copyPicture(*image, 0, decoder->compositor.picture(*decoder, static_cast<std::size_t>(index)));
+    if (index + 1 == decoder->frames.size()) decoder->compositor.release();
     arguments.setImage(*image);
     return Success;
 }
@@ -67,6 +68,7 @@ int allFrames(OstrelUtils::MArgumentManager &arguments, const std::string &fileN
         code != 0)
         return code;
     for (std::size_t i = 0; i < count; ++i) copyPicture(*image, i, decoder->compositor.picture(*decoder, i));
+    decoder->compositor.release();
     arguments.setImage(*image);
     return Success;
 }

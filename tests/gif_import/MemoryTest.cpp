@@ -77,8 +77,15 @@ TEST_F(DecodeMemory, CachedFilesAndTheAnswerImageShareTheBudget) {
         EXPECT_EQ(readAllFrames(second).code, -3);
         EXPECT_FALSE(isCached(second));
     }
-    ScopedDecodeBudget budget(200'000);
-    EXPECT_EQ(readAllFrames(second).rows()[99], std::string(100, 'B'));
+    {
+        ScopedDecodeBudget budget(200'000);
+        EXPECT_EQ(readAllFrames(second).rows()[99], std::string(100, 'B'));
+    }
+    // The canvas is given back after the last frame: a third file's raster
+    // and canvas fit beside the one raster still held, but not beside a canvas.
+    const std::string third = GifBuilder(100, 100, kEight).solid(0, 0, 100, 100, 1).write("third.gif");
+    ScopedDecodeBudget budget(80'000);
+    EXPECT_EQ(metadataCode(third), 0);
     EXPECT_TRUE(isCached(second));
 }
 
