@@ -1,5 +1,6 @@
 #pragma once
 
+#include <limits>
 #include <utility>
 #include <vector>
 
@@ -80,7 +81,10 @@ protected:
         flattenedLength_ = 1;
         for (std::size_t k = dimensions_.size(); k-- > 0;) {
             offsets_[k] = flattenedLength_;
-            flattenedLength_ *= dimensions_[k];
+            // Dimensions too large to multiply are the host's to refuse when
+            // asked to create them; until then the length saturates.
+            if (__builtin_mul_overflow(flattenedLength_, dimensions_[k], &flattenedLength_))
+                flattenedLength_ = std::numeric_limits<mint>::max();
         }
     }
 

@@ -2,6 +2,7 @@
 // dispatch, against the reference host's real callback tables.
 #include <cstdlib>
 #include <cstring>
+#include <limits>
 #include <optional>
 #include <stdexcept>
 #include <string>
@@ -137,13 +138,17 @@ TEST_F(ArgumentLayer, ElementTypesMustMatchTheRequest) {
     rh_library_data(RH_TABLE_FULL)->rawArrayFunctions->free(array);
 }
 
-TEST_F(ArgumentLayer, DimensionsBelowOneAreRefused) {
+TEST_F(ArgumentLayer, DimensionsBelowOneOrTooLargeToMultiplyAreRefused) {
     const long live = rh_counters().liveRawArrays;
     // The kernel may pass an empty array; the plug-in never makes one.
     for (const std::vector<mint> &dimensions : {std::vector<mint>{3, 0}, std::vector<mint>{0, 3}})
         EXPECT_EQ(failureOf([&] { RawArray<unsigned char> array(dimensions); }),
                   std::pair(DimensionError, std::string("Invalid input vector with array dimensions")));
     EXPECT_EQ(codeOf([] { Image<float> image(0, 0, 5, 3, MImage_CS_RGB, true); }), DimensionError);
+    // A palette of LONG_MAX rows: the host refuses what no memory holds.
+    constexpr mint kLargest = std::numeric_limits<mint>::max();
+    EXPECT_EQ(codeOf([] { RawArray<unsigned char> array({kLargest, 3}); }), RawArrayNewError);
+    EXPECT_EQ(codeOf([] { Image<float> image(kLargest, 2, 2, 3, MImage_CS_RGB, true); }), ImageNewError);
     EXPECT_EQ(rh_counters().liveRawArrays, live);
 }
 
