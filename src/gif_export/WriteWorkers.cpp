@@ -36,6 +36,7 @@ struct ImageFacts {
     mint height, width, channels, slices;
     MImage_Data_Type type;
     MImage_CS_Type colorSpace;
+    bool interleaved;
     const std::uint8_t *samples;
 };
 
@@ -46,6 +47,7 @@ ImageFacts readImage(MImage image) {
     return {images->getRowCount(image),    images->getColumnCount(image),
             images->getChannels(image),    images->getSliceCount(image),
             images->getDataType(image),    images->getColorSpace(image),
+            images->interleavedQ(image) != 0,
             static_cast<const std::uint8_t *>(images->getRawData(image))};
 }
 
@@ -56,6 +58,8 @@ void checkImage(const ImageFacts &image) {
     require(static_cast<std::uint32_t>(image.colorSpace) <= MImage_CS_RGB,
             "Invalid image color space");
     require(image.slices >= 1, "Invalid number of frames");
+    // The frames' samples are read as red, green and blue side by side.
+    require(image.channels == 1 || image.interleaved, "Input image has to be interleaved");
 }
 
 // The arguments both writers share, from the file name on; `first` is the

@@ -13,6 +13,7 @@ struct FramesCall {
     mint slices = 2, width = 4, height = 3, channels = 3;
     MImage_Data_Type type = MImage_Type_Bit8;
     MImage_CS_Type colorSpace = MImage_CS_RGB;
+    mbool interleaved = 1;
     WriteOptions options;
     mint argc = 10;
 };
@@ -28,7 +29,7 @@ struct Refusal {
 WriteResult run(const FramesCall &call) {
     MImage image = nullptr;
     EXPECT_EQ(rh_image_new(call.slices, call.width, call.height, call.channels, call.type,
-                           call.colorSpace, 1, 0, &image),
+                           call.colorSpace, call.interleaved, 0, &image),
               0);
     const rh::Image owned(image);
     return writeFrames(image, call.options, call.argc);
@@ -42,6 +43,7 @@ const Refusal<FramesCall> kFramesRefusals[] = {
     {"TooWide", [](FramesCall &c) { c.width = 65536; c.height = 1; c.slices = 1; }, -10, false},
     {"AutomaticColorSpace", [](FramesCall &c) { c.colorSpace = MImage_CS_Automatic; }, -10, false},
     {"HsbColorSpace", [](FramesCall &c) { c.colorSpace = MImage_CS_HSB; }, -10, false},
+    {"PlanarRgb", [](FramesCall &c) { c.interleaved = 0; }, -10, false},
     {"DurationsTooMany", [](FramesCall &c) { c.options.durations = reals({1, 2, 3}); }, -10, true},
     {"DurationsIntegers", [](FramesCall &c) { c.options.durations = ints({1}); }, -10, true},
     {"DurationsMatrix", [](FramesCall &c) { c.options.durations = reals({1}, {1, 1}); }, -10, true},
