@@ -1,5 +1,6 @@
 #include "color/QuantizeWorkers.h"
 
+
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
@@ -11,6 +12,7 @@
 #include "color/UniqueColors.h"
 #include "dither/MakeDitherer.h"
 #include "host/ImageDispatch.h"
+#include "host/MemoryBudget.h"
 #include "host/RawArray.h"
 
 namespace Quant {
@@ -129,6 +131,10 @@ struct ImageQuantizeWorker {
     void operator()(Image<T> &image, const ImageGeometry &geometry) {
         const std::int64_t colorCount = positiveColorCount(arguments);
         const bool paletteOnly = arguments.getBoolean(3);
+        // The palette has a row for every colour asked for, found or not.
+        if (paletteOnly)
+            OstrelUtils::requireTableBytes(
+                OstrelUtils::saturatedProduct(static_cast<std::uint64_t>(colorCount), (N + 1) * sizeof(T)));
         const std::int64_t bits = arguments.getInteger(5);
         auto quantizer = makeQuantizer<T, N>(arguments.getInteger(4),
                                              static_cast<std::uint32_t>(pixelCountOf(geometry)),

@@ -193,6 +193,11 @@ TEST(QuantizeRefuses, TablesLargerThanTheMemoryBudget) {
     EXPECT_EQ(callImageQuantize({image.get(), 4, "None", false, kOctree, 8}, &array), kQuantizeFailure);
     ASSERT_EQ(callImageQuantize({image.get(), 4, "None", true, kOctree, 8}, &array), 0);
     rh::RawArray palette(array);
+    // The palette's rows follow the count asked for, not the colours found.
+    array = nullptr;
+    EXPECT_EQ(callImageQuantize({image.get(), mint{1} << 28, "None", true, kOctree, 8}, &array),
+              kQuantizeFailure);
+    EXPECT_EQ(array, nullptr);
     unsetenv("TARVEX_MEMORY_BUDGET");
 }
 
