@@ -48,7 +48,9 @@ inline constexpr std::size_t kHugePageBytes = std::size_t{2} << 20;
 inline void offerHugePages(std::byte *start, std::size_t bytes) {
     const auto first = (reinterpret_cast<std::uintptr_t>(start) + kHugePageBytes - 1) & ~(kHugePageBytes - 1);
     const auto end = (reinterpret_cast<std::uintptr_t>(start) + bytes) & ~(kHugePageBytes - 1);
+#ifdef MADV_HUGEPAGE
     if (end > first) madvise(reinterpret_cast<void *>(first), end - first, MADV_HUGEPAGE);
+#endif
 }
 
 struct FreeBytes {
