@@ -1,6 +1,5 @@
 #include "color/QuantizeWorkers.h"
 
-
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>

@@ -7,6 +7,7 @@
 #include "gif_export/Encoder.h"
 #include "gif_export/ExportError.h"
 #include "gif_export/ExportParameters.h"
+#include "host/ImageGeometry.h"
 #include "host/LibraryData.h"
 #include "host/OstrelError.h"
 #include "host/TensorView.h"
@@ -58,8 +59,7 @@ void checkImage(const ImageFacts &image) {
     require(static_cast<std::uint32_t>(image.colorSpace) <= MImage_CS_RGB,
             "Invalid image color space");
     require(image.slices >= 1, "Invalid number of frames");
-    // The frames' samples are read as red, green and blue side by side.
-    require(image.channels == 1 || image.interleaved, "Input image has to be interleaved");
+    OstrelUtils::requireInterleaved(image.interleaved, image.channels);
 }
 
 // The arguments both writers share, from the file name on; `first` is the
