@@ -1,8 +1,5 @@
 // Images: zero-filled sample buffers with the geometry the SDK describes.
 
-#include <algorithm>
-#include <cstdlib>
-#include <cstring>
 #include <memory>
 
 #include "Books.h"
@@ -101,9 +98,8 @@ int clone(MImage image, MImage *result) {
     auto copy = std::make_unique<ImageObject>();
     static_cast<ImageShape &>(*copy) = *original;
     copy->byteCount = original->byteCount;
-    copy->data.reset(static_cast<std::byte *>(std::malloc(std::max<std::size_t>(original->byteCount, 1))));
+    copy->data = copiedBuffer(original->data.get(), original->byteCount);
     if (copy->data == nullptr) return QUORBEL_MEMORY_ERROR;
-    std::memcpy(copy->data.get(), original->data.get(), original->byteCount);
     *result = handOut(std::move(copy));
     return QUORBEL_NO_ERROR;
 }

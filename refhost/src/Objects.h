@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
+#include <cstring>
 #include <initializer_list>
 #include <memory>
 #include <optional>
@@ -65,6 +66,13 @@ using SampleBuffer = std::unique_ptr<std::byte[], FreeBytes>;
 inline SampleBuffer zeroedBuffer(std::size_t bytes) {
     SampleBuffer buffer(static_cast<std::byte *>(std::calloc(bytes > 0 ? bytes : 1, 1)));
     if (buffer != nullptr && bytes >= kHugePageBytes) offerHugePages(buffer.get(), bytes);
+    return buffer;
+}
+
+// A copy of `bytes` bytes from `source`, written once.
+inline SampleBuffer copiedBuffer(const std::byte *source, std::size_t bytes) {
+    SampleBuffer buffer(static_cast<std::byte *>(std::malloc(bytes > 0 ? bytes : 1)));
+    if (buffer != nullptr && bytes > 0) std::memcpy(buffer.get(), source, bytes);
     return buffer;
 }
 
