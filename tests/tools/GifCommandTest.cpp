@@ -104,6 +104,18 @@ TEST_F(GifCommandTest, WritesIndicesAgainstTheGivenPalette) {
     for (std::uint32_t c : written.colors) EXPECT_TRUE(c == 0 || c == 0xFFFFFF || c == 0xFF0000) << c;
 }
 
+TEST_F(GifCommandTest, DelaysMustFitTheFilesSixteenBits) {
+    const std::string a = png("a.png", 6, 4, 3, 1);
+    ASSERT_EQ(run({"-o", path("slow.gif"), a, "--delay", "655.35"}), 0);
+    EXPECT_EQ(decode(path("slow.gif")).delays, std::vector<int>{65535});
+    // Each of these would be written as some other delay.
+    for (const std::string delay : {"655.36", "-1", "-0.01", "1e300"}) {
+        const std::string message = cliFailure([&] { run({"-o", path("x.gif"), a, "--delay", delay}); }, 2);
+        EXPECT_NE(message.find("--delay needs seconds from 0 to 655.35, not '" + delay + "'"), std::string::npos)
+            << message;
+    }
+}
+
 TEST_F(GifCommandTest, RefusesWithAClearMessage) {
     const std::string a = png("a.png", 6, 4, 3, 1), b = png("b.png", 4, 6, 3, 1);
     struct Case {
@@ -117,6 +129,7 @@ TEST_F(GifCommandTest, RefusesWithAClearMessage) {
         {{"-o", path("x.gif"), a, "--dither", "fs"}, 2, "--dither is none, floyd-steinberg"},
         {{"-o", path("x.gif"), a, "--loop", "70000"}, 2, "from 0 to 65535"},
         {{"-o", path("x.gif"), a, "--disposal", "4"}, 2, "modes 0 to 3"},
+        {{"-o", path("x.gif"), a, "--disposal", "0,1e308"}, 2, "modes 0 to 3, not '1e308'"},
         {{"-o", path("x.gif"), a, "--transparent", "#010203"}, 1, "not in the palette"},
         {{a}, 2, "-o"},
         {{"-o", path("x.gif")}, 2, "at least one input"},

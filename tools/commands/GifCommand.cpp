@@ -74,14 +74,26 @@ struct GifOptions {
     throw usageError("gif: " + option + " needs " + wanted + ", not '" + value + "'");
 }
 
-std::vector<double> numberList(const std::string &option, const std::string &text) {
+// The comma-separated numbers of `option`; an item that `fits` refuses is
+// named as the user wrote it.
+std::vector<double> numberList(const std::string &option, const std::string &text, bool (*fits)(double),
+                               const char *wanted) {
     std::vector<double> values;
-    std::size_t start = 0;
-    for (std::size_t end; (end = text.find(',', start)) != std::string::npos; start = end + 1)
-        values.push_back(realOption("gif", option, text.substr(start, end - start)));
-    values.push_back(realOption("gif", option, text.substr(start)));
+    for (std::size_t start = 0, end = 0; end != std::string::npos; start = end + 1) {
+        end = text.find(',', start);
+        const std::string item = text.substr(start, end == std::string::npos ? end : end - start);
+        const double value = realOption("gif", option, item);
+        if (!fits(value)) badValue(option, item, wanted);
+        values.push_back(value);
+    }
     return values;
 }
+
+// A GIF keeps a frame's delay in 16 bits of hundredths of a second: larger or
+// negative delays would come back as other delays.
+bool isDelay(double seconds) { return seconds >= 0 && std::round(seconds * 100) <= 65535; }
+
+bool isDisposal(double mode) { return mode == std::floor(mode) && mode >= 0 && mode <= 3; }
 
 // One colour as 8-bit samples: three channels, or one grey level.
 std::vector<double> colorOption(const std::string &option, const std::string &text) {
@@ -115,7 +127,8 @@ GifOptions parseOptions(const std::vector<std::string> &args) {
     options.inputs = parsed.operands();
     options.palette = parsed.value("--palette").value_or("");
     GifSettings &o = options.settings;
-    if (auto delays = parsed.value("--delay")) o.delays = numberList("--delay", *delays);
+    if (auto delays = parsed.value("--delay"))
+        o.delays = numberList("--delay", *delays, isDelay, "seconds from 0 to 655.35");
     if (auto loops = parsed.value("--loop")) o.loops = wholeNumberOption("gif", "--loop", *loops, 0, 65535);
     if (auto dither = parsed.value("--dither"))
         o.dither = choiceOption("gif", "--dither", *dither, kDitherMethods);
@@ -123,13 +136,12 @@ GifOptions parseOptions(const std::vector<std::string> &args) {
     o.comments = parsed.values("--comment");
     if (auto color = parsed.value("--background")) o.background = colorOption("--background", *color);
     if (auto color = parsed.value("--transparent")) o.transparent = colorOption("--transparent", *color);
-    if (auto disposals = parsed.value("--disposal")) o.disposals = numberList("--disposal", *disposals);
+    if (auto disposals = parsed.value("--disposal"))
+        o.disposals = numberList("--disposal", *disposals, isDisposal, "modes 0 to 3");
     if (options.output.empty()) throw usageError("gif: give the file to write with -o");
     if (options.inputs.empty()) throw usageError("gif: give at least one input picture");
     if (!isStandardStream(options.output) && imageFormatFor("gif", options.output) != ImageFormat::Gif)
         throw usageError("gif: writes GIF files; name the output FILE.gif");
-    for (double d : o.disposals)
-        if (d != std::floor(d) || d < 0 || d > 3) badValue("--disposal", std::to_string(d), "modes 0 to 3");
     return options;
 }
 
