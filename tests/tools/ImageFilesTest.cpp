@@ -119,6 +119,11 @@ TEST_F(ImageFilesTest, FilesThatCannotBeWrittenOrReadAreClearErrors) {
     std::vector<unsigned char> samples(rawImageByteCount(bits), 1);
     writeFileBytes(path("short.raw"), samples.data(), samples.size() - 1);
     EXPECT_NE(cliFailure([&] { readRawImage(path("short.raw"), bits); }, 2).find("holds 14 bytes"), std::string::npos);
+    writeFileBytes(path("long.raw"), std::vector<unsigned char>(samples.size() + 1).data(), samples.size() + 1);
+    EXPECT_NE(cliFailure([&] { readRawImage(path("long.raw"), bits); }, 2).find("holds more than 15 bytes"),
+              std::string::npos);
+    EXPECT_NE(cliFailure([&] { readRawImage("/dev/zero", bits); }, 2).find("holds more than 15 bytes"),
+              std::string::npos);
     samples[4] = 2;
     writeFileBytes(path("bits.raw"), samples.data(), samples.size());
     EXPECT_THROW(readRawImage(path("bits.raw"), bits), CliError);

@@ -98,6 +98,11 @@ TEST_F(PaletteArgument, FilesThatHoldNoColours) {
     std::ofstream(path("empty.txt")) << "\n\n";
     EXPECT_NE(cliFailure([&] { readDitherPalette(path("empty.txt")); }, 2).find("no colours"), std::string::npos);
     EXPECT_NE(cliFailure([&] { readDitherPalette(path("a.png") + ":2"); }, 1).find("cannot open"), std::string::npos);
+    // A file that never ends is looked at, not read to its end.
+    EXPECT_NE(cliFailure([&] { readDitherPalette("/dev/zero"); }, 1).find("nor a text file"), std::string::npos);
+    std::ofstream(path("long.txt")) << std::string((std::size_t{64} << 20) + 1, '\n');
+    EXPECT_NE(cliFailure([&] { readDitherPalette(path("long.txt")); }, 1).find("more than 64 MiB of text"),
+              std::string::npos);
 }
 
 TEST_F(PaletteArgument, ChannelCountsAreCheckedAndGreyFitsRgb) {

@@ -53,6 +53,8 @@ TEST_F(ToolTest, BadCommandLinesSayWhatIsWrongAndExitWithTwo) {
         {{"call", "UniqueColors", "photo.png"}, "argument 1 'photo.png': not a value"},
         {{"call", "UniqueColors", "png:x.png", "raw:uint8:{1,2"}, "argument 2 'raw:uint8:{1,2'"},
         {{"call", "ReadPalettes", "{\"a.gif\""}, "is not an expression"},
+        // A file that never ends is read only as far as the dimensions reach.
+        {{"call", "UniqueColors", "raw:uint8:@/dev/zero:dims=2x3"}, "/dev/zero holds more than 6 bytes"},
     };
     for (const auto &[args, message] : cases) {
         const ProgramRun run = runTool(args);

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <limits>
 #include <stdexcept>
 
 #include "BinaryFiles.h"
@@ -28,16 +29,20 @@ std::vector<std::byte> elementBytes(const ArrayElements &elements, std::size_t e
                                     std::vector<mint> &dimensions) {
     dimensions = elements.dimensions;
     if (!elements.file) return elements.inlineBytes;
-    std::vector<std::byte> bytes = readFileBytes(*elements.file);
     const std::string &path = *elements.file;
+    // With dimensions, one byte more than they need is enough to tell a longer file.
+    const std::size_t most = dimensions.empty() ? std::numeric_limits<std::size_t>::max()
+                                                : checkedByteCount(dimensions, elementSize) + 1;
+    std::vector<std::byte> bytes = readFileBytes(path, most);
     if (dimensions.empty()) {
         if (bytes.size() % elementSize != 0)
             throw usageError(path + " holds " + countOf(long(bytes.size()), "byte") + ", not a whole number of " +
                              std::to_string(elementSize) + "-byte elements");
         dimensions = {static_cast<mint>(bytes.size() / elementSize)};
-    } else if (bytes.size() != checkedByteCount(dimensions, elementSize)) {
-        throw usageError(path + " holds " + countOf(long(bytes.size()), "byte") + ", but the dimensions need " +
-                         std::to_string(checkedByteCount(dimensions, elementSize)));
+    } else if (bytes.size() + 1 != most) {
+        throw usageError(path + " holds " + (bytes.size() == most ? "more than " : "") +
+                         countOf(long(std::min(bytes.size(), most - 1)), "byte") + ", but the dimensions need " +
+                         std::to_string(most - 1));
     }
     return bytes;
 }

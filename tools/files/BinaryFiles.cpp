@@ -1,5 +1,6 @@
 #include "BinaryFiles.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
@@ -21,13 +22,15 @@ CliError fileError(const std::string &what, const std::string &path) {
 
 }  // namespace
 
-std::vector<std::byte> readFileBytes(const std::string &path) {
+std::vector<std::byte> readFileBytes(const std::string &path, std::size_t most) {
     File file(std::fopen(path.c_str(), "rb"));
     if (!file) throw fileError("open", path);
     std::vector<std::byte> bytes;
     std::byte buffer[65536];
     std::size_t got;
-    while ((got = std::fread(buffer, 1, sizeof buffer, file.get())) > 0) bytes.insert(bytes.end(), buffer, buffer + got);
+    while (bytes.size() < most &&
+           (got = std::fread(buffer, 1, std::min(sizeof buffer, most - bytes.size()), file.get())) > 0)
+        bytes.insert(bytes.end(), buffer, buffer + got);
     if (std::ferror(file.get())) throw fileError("read", path);
     return bytes;
 }

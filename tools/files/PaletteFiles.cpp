@@ -20,6 +20,9 @@ namespace tarvex_cli {
 namespace {
 
 constexpr std::size_t kMostColors = 65536;
+// Far more than 65,536 colours take as text; only the kind of a longer file,
+// an image's, matters here.
+constexpr std::size_t kMostTextBytes = std::size_t{64} << 20;
 
 enum class FileKind { Image, Gif, Text, Other };
 
@@ -94,8 +97,10 @@ std::vector<DitherColor> colorsOfTextFile(const std::vector<std::byte> &bytes, c
 
 std::vector<DitherColor> colorsOfFile(const std::string &name, std::optional<long> frame) {
     const std::string path = readablePath(name);
-    const std::vector<std::byte> bytes = readFileBytes(path);
+    const std::vector<std::byte> bytes = readFileBytes(path, kMostTextBytes + 1);
     const FileKind kind = kindOf(bytes);
+    if (kind == FileKind::Text && bytes.size() > kMostTextBytes)
+        throw CliError(name + " holds more than 64 MiB of text, too much for a list of colours");
     if (frame && kind != FileKind::Gif) throw CliError(name + " is not a GIF file; only GIF frames have palettes");
     switch (kind) {
     case FileKind::Image: return colorsOfImage(path, name);

@@ -1,5 +1,6 @@
 #include "RawSampleFile.h"
 
+#include <algorithm>
 #include <cctype>
 #include <cstring>
 #include <optional>
@@ -95,9 +96,10 @@ std::size_t rawImageByteCount(const RawImageLayout &layout) {
 
 MImage readRawImage(const std::string &path, const RawImageLayout &layout) {
     const std::size_t expected = rawImageByteCount(layout);
-    std::vector<std::byte> bytes = readFileBytes(path);
+    std::vector<std::byte> bytes = readFileBytes(path, expected + 1);
     if (bytes.size() != expected)
-        throw usageError(path + " holds " + countOf(long(bytes.size()), "byte") + ", but " +
+        throw usageError(path + " holds " + (bytes.size() > expected ? "more than " : "") +
+                         countOf(long(std::min(bytes.size(), expected)), "byte") + ", but " +
                          formatRawImageLayout(layout) + " needs " + std::to_string(expected));
     if (layout.type == MImage_Type_Bit) checkBitSamples(bytes, path);
     MImage image = nullptr;
