@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 #include <spng.h>
+#include <turbojpeg.h>
 
 #include <utility>
 
@@ -62,7 +63,51 @@ void writePalettePng(const std::string &file) {
     std::fclose(out);
 }
 
+// A flat grey JPEG as libjpeg-turbo writes it.
+std::vector<unsigned char> flatJpeg(int width, int height) {
+    const std::vector<unsigned char> pixels(std::size_t(width) * height, 90);
+    tjhandle encoder = tjInitCompress();
+    unsigned char *bytes = nullptr;
+    unsigned long size = 0;
+    EXPECT_EQ(tjCompress2(encoder, pixels.data(), width, 0, height, TJPF_GRAY, &bytes, &size, TJSAMP_GRAY, 90, 0), 0);
+    std::vector<unsigned char> jpeg(bytes, bytes + size);
+    tjFree(bytes);
+    tjDestroy(encoder);
+    return jpeg;
+}
+
+// The same bytes with another size in their start-of-frame segment, found by
+// walking the segments that precede it.
+std::vector<unsigned char> withDeclaredSize(std::vector<unsigned char> jpeg, int width, int height) {
+    for (std::size_t at = 2; at + 9 < jpeg.size(); at += 2 + (jpeg[at + 2] << 8 | jpeg[at + 3])) {
+        if (jpeg[at + 1] != 0xC0) continue;
+        const unsigned char size[] = {std::uint8_t(height >> 8), std::uint8_t(height), std::uint8_t(width >> 8),
+                                      std::uint8_t(width)};
+        std::copy(size, size + 4, jpeg.begin() + long(at) + 5);
+        return jpeg;
+    }
+    ADD_FAILURE() << "no start-of-frame segment";
+    return jpeg;
+}
+
 }  // namespace
+
+TEST_F(ImageFilesTest, JpegDataThatEndsEarlyIsNotMadeUp) {
+    const std::vector<unsigned char> whole = flatJpeg(256, 128);  // its last third is scan data
+    writeFileBytes(path("whole.jpg"), whole.data(), whole.size());
+    EXPECT_EQ(hostTable()->imageFunctions->getColumnCount(keep(readImageFile(path("whole.jpg")))), 256);
+    const std::pair<const char *, std::vector<unsigned char>> broken[] = {
+        {"cut.jpg", std::vector<unsigned char>(whole.begin(), whole.end() - long(whole.size() / 3))},
+        // A few hundred bytes that claim 16 million pixels.
+        {"claims-more.jpg", withDeclaredSize(whole, 4096, 4096)},
+    };
+    for (const auto &[name, bytes] : broken) {
+        SCOPED_TRACE(name);
+        writeFileBytes(path(name), bytes.data(), bytes.size());
+        EXPECT_NE(cliFailure([&] { keep(readImageFile(path(name))); }, 1).find(path(name) + ": cannot decode"),
+                  std::string::npos);
+    }
+}
 
 TEST_F(ImageFilesTest, FilesReadBackTheLayoutAndSamplesWritten) {
     // PNG takes 8- and 16-bit grey or RGB, with or without alpha; raw files anything.

@@ -43,9 +43,10 @@ MImage readJpeg(const std::string &path) {
                                   QUORBEL_TRUE, QUORBEL_FALSE, &image);
     if (code != 0) throw CliError(path + ": the host could not make an image (code " + std::to_string(code) + ")");
     auto *pixels = static_cast<unsigned char *>(hostTable()->imageFunctions->getRawData(image));
+    // A warning means corrupt data or data that ends early; the decoder then
+    // makes up the rest of the picture, which must not pass for the file's.
     if (tjDecompress2(decoder.get(), bytes.data(), bytes.size(), pixels, width, 0, height,
-                      grey ? TJPF_GRAY : TJPF_RGB, 0) != 0 &&
-        tjGetErrorCode(decoder.get()) == TJERR_FATAL) {
+                      grey ? TJPF_GRAY : TJPF_RGB, TJFLAG_STOPONWARNING) != 0) {
         const std::string reason = tjGetErrorStr2(decoder.get());
         hostTable()->imageFunctions->free(image);
         throw CliError(path + ": cannot decode: " + reason);
