@@ -63,13 +63,15 @@ void writePalettePng(const std::string &file) {
     std::fclose(out);
 }
 
-// A flat grey JPEG as libjpeg-turbo writes it.
-std::vector<unsigned char> flatJpeg(int width, int height) {
-    const std::vector<unsigned char> pixels(std::size_t(width) * height, 90);
+// A flat JPEG as libjpeg-turbo writes it: grey, or with TJPF_CMYK a CMYK one.
+std::vector<unsigned char> flatJpeg(int width, int height, int pixelFormat = TJPF_GRAY) {
+    const std::vector<unsigned char> pixels(std::size_t(width) * height * tjPixelSize[pixelFormat], 90);
     tjhandle encoder = tjInitCompress();
     unsigned char *bytes = nullptr;
     unsigned long size = 0;
-    EXPECT_EQ(tjCompress2(encoder, pixels.data(), width, 0, height, TJPF_GRAY, &bytes, &size, TJSAMP_GRAY, 90, 0), 0);
+    EXPECT_EQ(tjCompress2(encoder, pixels.data(), width, 0, height, pixelFormat, &bytes, &size,
+                          pixelFormat == TJPF_GRAY ? TJSAMP_GRAY : TJSAMP_444, 90, 0),
+              0);
     std::vector<unsigned char> jpeg(bytes, bytes + size);
     tjFree(bytes);
     tjDestroy(encoder);
@@ -106,6 +108,17 @@ TEST_F(ImageFilesTest, JpegDataThatEndsEarlyIsNotMadeUp) {
         writeFileBytes(path(name), bytes.data(), bytes.size());
         EXPECT_NE(cliFailure([&] { keep(readImageFile(path(name))); }, 1).find(path(name) + ": cannot decode"),
                   std::string::npos);
+    }
+}
+
+TEST_F(ImageFilesTest, JpegFilesThatGiveNoPictureSayWhy) {
+    const std::pair<std::vector<unsigned char>, const char *> cases[] = {
+        {{0xFF, 0xD8, 0xFF, 0xD9}, "not a readable JPEG file: it gives no picture size"},  // start, then end
+        {flatJpeg(8, 8, TJPF_CMYK), "a CMYK JPEG file; the tool reads grey and colour"},
+    };
+    for (const auto &[bytes, message] : cases) {
+        writeFileBytes(path("x.jpg"), bytes.data(), bytes.size());
+        EXPECT_NE(cliFailure([&] { keep(readImageFile(path("x.jpg"))); }, 1).find(message), std::string::npos);
     }
 }
 

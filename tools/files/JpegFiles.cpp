@@ -36,6 +36,12 @@ MImage readJpeg(const std::string &path) {
     int width = 0, height = 0, subsampling = 0, colorspace = 0;
     if (tjDecompressHeader3(decoder.get(), bytes.data(), bytes.size(), &width, &height, &subsampling, &colorspace) != 0)
         throw CliError(path + ": not a readable JPEG file: " + tjGetErrorStr2(decoder.get()));
+    // The header can end before the frame that gives the size.
+    if (width < 1 || height < 1) throw CliError(path + ": not a readable JPEG file: it gives no picture size");
+    // libjpeg-turbo turns no four-channel JPEG into RGB; its own message would
+    // read like a broken file.
+    if (colorspace == TJCS_CMYK || colorspace == TJCS_YCCK)
+        throw CliError(path + ": a CMYK JPEG file; the tool reads grey and colour (YCbCr, RGB) JPEG files only");
     const bool grey = colorspace == TJCS_GRAY;
     const mint channels = grey ? 1 : 3;
     MImage image = nullptr;
