@@ -3,6 +3,7 @@
 #include <cstdio>
 #include <exception>
 #include <iostream>
+#include <new>
 #include <string>
 #include <vector>
 
@@ -98,6 +99,9 @@ int main(int argc, char **argv) {
     } catch (const CliError &error) {
         std::cerr << "tarvex: " << printableText(error.what()) << '\n';
         status = error.exitStatus;
+    } catch (const std::bad_alloc &) {
+        std::cerr << "tarvex: not enough memory\n";
+        status = 1;
     } catch (const std::exception &error) {
         std::cerr << "tarvex: " << printableText(error.what()) << '\n';
         status = 1;

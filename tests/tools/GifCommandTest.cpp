@@ -1,6 +1,8 @@
 // `tarvex gif`: frames from PNG and GIF files into one GIF file.
 #include <turbojpeg.h>
 
+#include <cstdlib>
+#include <filesystem>
 #include <set>
 
 #include "BinaryFiles.h"
@@ -114,6 +116,17 @@ TEST_F(GifCommandTest, DelaysMustFitTheFilesSixteenBits) {
         EXPECT_NE(message.find("--delay needs seconds from 0 to 655.35, not '" + delay + "'"), std::string::npos)
             << message;
     }
+}
+
+TEST_F(GifCommandTest, GifFramesThatWouldNotFitTheMemoryBudgetAreRefusedFirst) {
+    const std::string a = png("a.png", 64, 64, 3, 1);
+    ASSERT_EQ(run({"-o", path("ten.gif"), a, a, a, a, a, a, a, a, a, a}), 0);
+    // The ten frames take 122,880 bytes, held twice; the plug-in reads the file in far less.
+    setenv("TARVEX_MEMORY_BUDGET", "200000", 1);
+    const tarvex_test::ProgramRun refused = tarvex_test::runTool({"gif", "-o", path("x.gif"), path("ten.gif")});
+    unsetenv("TARVEX_MEMORY_BUDGET");
+    expectToolMessage(refused, 1, path("ten.gif") + ": 10 frames of 64x64 would take more memory than the budget");
+    EXPECT_FALSE(std::filesystem::exists(path("x.gif")));
 }
 
 TEST_F(GifCommandTest, RefusesWithAClearMessage) {
