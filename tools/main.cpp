@@ -9,6 +9,7 @@
 
 #include "Command.h"
 #include "Escapes.h"
+#include "FileAccess.h"
 #include "LibraryVersions.h"
 #include "Options.h"
 #include "PluginDiscovery.h"
@@ -97,13 +98,13 @@ int main(int argc, char **argv) {
     try {
         status = run(std::vector<std::string>(argv + 1, argv + argc));
     } catch (const CliError &error) {
-        std::cerr << "tarvex: " << printableText(error.what()) << '\n';
+        std::cerr << "tarvex: " << printableText(namingStandardInput(error.what())) << '\n';
         status = error.exitStatus;
     } catch (const std::bad_alloc &) {
         std::cerr << "tarvex: not enough memory\n";
         status = 1;
     } catch (const std::exception &error) {
-        std::cerr << "tarvex: " << printableText(error.what()) << '\n';
+        std::cerr << "tarvex: " << printableText(namingStandardInput(error.what())) << '\n';
         status = 1;
     }
     std::cout.flush();

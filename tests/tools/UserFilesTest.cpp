@@ -74,6 +74,12 @@ TEST_F(UserFiles, DashIsStandardInputAndOutput) {
     const ProgramRun animation = runTool({"gif", "-o", "-", "-", "--delay", "0.5"}, PluginArgument::Added, gif.out);
     ASSERT_EQ(animation.status, 0) << animation.err;
     EXPECT_TRUE(startsWith(animation.out, "GIF89a"));
+
+    // Failures name what the user gave, not the copy the tool reads it through.
+    expectToolMessage(runTool({"info", "-"}, PluginArgument::Added, "GIF89a"), 1,
+                      "tarvex: standard input: not a GIF file that can be decoded");
+    expectToolMessage(runTool({"colors", "-"}, PluginArgument::Added, gif.out), 1,
+                      "tarvex: standard input: not a readable PNG file");
 }
 
 TEST_F(UserFiles, FailuresKeepTheirReason) {

@@ -50,8 +50,13 @@ void copyStream(std::FILE *from, std::FILE *to, const std::string &fromName, con
     if (std::ferror(from)) throw CliError("cannot read " + fromName + ": " + std::strerror(errno));
 }
 
-std::string standardInputCopy() {
+std::optional<std::string> &copyOfStandardInput() {
     static std::optional<std::string> copy;
+    return copy;
+}
+
+std::string standardInputCopy() {
+    std::optional<std::string> &copy = copyOfStandardInput();
     if (copy) return *copy;
     const std::string path = temporaryFiles().create();
     std::FILE *file = std::fopen(path.c_str(), "wb");
@@ -76,6 +81,14 @@ std::string readablePath(const std::string &path) {
     if (isStandardStream(path)) return standardInputCopy();
     checkReadable(path);
     return path;
+}
+
+std::string namingStandardInput(std::string message) {
+    const std::optional<std::string> &copy = copyOfStandardInput();
+    if (!copy) return message;
+    for (std::size_t at; (at = message.find(*copy)) != std::string::npos;)
+        message.replace(at, copy->size(), "standard input");
+    return message;
 }
 
 void writeOutput(const std::string &path, const std::function<void(const std::string &)> &write) {

@@ -18,6 +18,10 @@ void checkReadable(const std::string &path);
 // and removed when the tool exits.
 std::string readablePath(const std::string &path);
 
+// `message` with the temporary copy of standard input called "standard
+// input": users gave "-", and the copy is gone once the tool exits.
+std::string namingStandardInput(std::string message);
+
 // Runs `write` on the path itself, or for "-" on a temporary file that is then
 // copied to standard output: the plug-in's writers take file names only.
 void writeOutput(const std::string &path, const std::function<void(const std::string &)> &write);
