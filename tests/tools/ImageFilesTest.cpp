@@ -92,7 +92,35 @@ std::vector<unsigned char> withDeclaredSize(std::vector<unsigned char> jpeg, int
     return jpeg;
 }
 
+// A PNG file's bytes with the checksum of its first `type` chunk broken.
+std::string withBrokenChecksum(std::string png, const char *type) {
+    for (std::size_t at = 8; at + 12 <= png.size();) {
+        const auto byte = [&](std::size_t i) { return std::size_t(static_cast<unsigned char>(png[at + i])); };
+        const std::size_t length = byte(0) << 24 | byte(1) << 16 | byte(2) << 8 | byte(3);
+        if (png.compare(at + 4, 4, type) == 0) {
+            png[at + 8 + length] ^= 0x55;
+            return png;
+        }
+        at += 12 + length;
+    }
+    ADD_FAILURE() << "no " << type << " chunk";
+    return png;
+}
+
 }  // namespace
+
+TEST_F(ImageFilesTest, PngChunksWithBrokenChecksumsAreRefused) {
+    writePalettePng(path("palette.png"));
+    const std::pair<std::string, std::string> broken[] = {
+        // Read while asking for transparency, before the image data.
+        {withBrokenChecksum(tarvex_test::fileContents(path("palette.png")), "PLTE"),
+         "not a readable PNG file: invalid chunk checksum"},
+    };
+    for (const auto &[bytes, message] : broken) {
+        writeFileBytes(path("broken.png"), bytes.data(), bytes.size());
+        EXPECT_NE(cliFailure([&] { keep(readPng(path("broken.png"))); }, 1).find(message), std::string::npos) << message;
+    }
+}
 
 TEST_F(ImageFilesTest, JpegDataThatEndsEarlyIsNotMadeUp) {
     const std::vector<unsigned char> whole = flatJpeg(256, 128);  // its last third is scan data

@@ -131,8 +131,12 @@ MImage readPng(const std::string &path) {
     check(spng_set_png_file(context.get(), file.get()), path, "cannot read");
     spng_ihdr header{};
     check(spng_get_ihdr(context.get(), &header), path, "not a readable PNG file");
+    // Asking for tRNS reads every chunk before the image data: a fault there
+    // must be told, not taken for a file without transparency.
     spng_trns transparency{};
-    const bool hasTransparency = spng_get_trns(context.get(), &transparency) == 0;
+    const int trns = spng_get_trns(context.get(), &transparency);
+    if (trns != SPNG_ECHUNKAVAIL) check(trns, path, "not a readable PNG file");
+    const bool hasTransparency = trns == 0;
     const Decoding decoding = chooseDecoding(header, hasTransparency);
 
     std::size_t length = 0;
