@@ -110,8 +110,11 @@ std::string withBrokenChecksum(std::string png, const char *type) {
 }  // namespace
 
 TEST_F(ImageFilesTest, PngChunksWithBrokenChecksumsAreRefused) {
+    writeTestPng(path("grey.png"), 3, 2, 1, 8, [](int i, int) { return std::uint16_t(i * 40); });
     writePalettePng(path("palette.png"));
     const std::pair<std::string, std::string> broken[] = {
+        // The decoder has every row before it reaches the image data's checksum.
+        {withBrokenChecksum(tarvex_test::fileContents(path("grey.png")), "IDAT"), "cannot decode: invalid chunk checksum"},
         // Read while asking for transparency, before the image data.
         {withBrokenChecksum(tarvex_test::fileContents(path("palette.png")), "PLTE"),
          "not a readable PNG file: invalid chunk checksum"},

@@ -144,9 +144,12 @@ MImage readPng(const std::string &path) {
     MImage image = newInterleavedImage(header, decoding, path);
     const QuorbelImageFunctions images = hostTable()->imageFunctions;
     const std::size_t expected = std::size_t{header.width} * header.height * decoding.channels * (header.bit_depth == 16 ? 2 : 1);
-    const int code = length != expected ? SPNG_EINTERNAL
-                                        : spng_decode_image(context.get(), images->getRawData(image), length,
-                                                            decoding.format, decoding.flags);
+    int code = length != expected ? SPNG_EINTERNAL
+                                  : spng_decode_image(context.get(), images->getRawData(image), length,
+                                                      decoding.format, decoding.flags);
+    // The decoder stops once it has the last row, before the checksum of the
+    // image data's chunk: reading on to the end of the file checks it.
+    if (code == 0) code = spng_decode_chunks(context.get());
     if (code != 0) {
         images->free(image);
         check(code, path, "cannot decode");
