@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cstring>
-#include <limits>
 #include <stdexcept>
 
 #include "BinaryFiles.h"
@@ -30,20 +29,20 @@ std::vector<std::byte> elementBytes(const ArrayElements &elements, std::size_t e
     dimensions = elements.dimensions;
     if (!elements.file) return elements.inlineBytes;
     const std::string &path = *elements.file;
-    // With dimensions, one byte more than they need is enough to tell a longer file.
-    const std::size_t most = dimensions.empty() ? std::numeric_limits<std::size_t>::max()
-                                                : checkedByteCount(dimensions, elementSize) + 1;
-    std::vector<std::byte> bytes = readFileBytes(path, most);
-    if (dimensions.empty()) {
-        if (bytes.size() % elementSize != 0)
-            throw usageError(path + " holds " + countOf(long(bytes.size()), "byte") + ", not a whole number of " +
-                             std::to_string(elementSize) + "-byte elements");
-        dimensions = {static_cast<mint>(bytes.size() / elementSize)};
-    } else if (bytes.size() + 1 != most) {
-        throw usageError(path + " holds " + (bytes.size() == most ? "more than " : "") +
-                         countOf(long(std::min(bytes.size(), most - 1)), "byte") + ", but the dimensions need " +
-                         std::to_string(most - 1));
+    if (!dimensions.empty()) {
+        // One byte more than the dimensions need is enough to tell a longer file.
+        const std::size_t needed = checkedByteCount(dimensions, elementSize);
+        std::vector<std::byte> bytes = readFileBytes(path, needed + 1);
+        if (bytes.size() != needed)
+            throw usageError(path + " " + heldBytes(bytes.size(), needed) + ", but the dimensions need " +
+                             std::to_string(needed));
+        return bytes;
     }
+    std::vector<std::byte> bytes = readFileBytes(path);
+    if (bytes.size() % elementSize != 0)
+        throw usageError(path + " holds " + countOf(long(bytes.size()), "byte") + ", not a whole number of " +
+                         std::to_string(elementSize) + "-byte elements");
+    dimensions = {static_cast<mint>(bytes.size() / elementSize)};
     return bytes;
 }
 

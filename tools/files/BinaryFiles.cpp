@@ -7,6 +7,7 @@
 #include <memory>
 
 #include "Command.h"
+#include "NumberText.h"
 
 namespace tarvex_cli {
 namespace {
@@ -33,6 +34,11 @@ std::vector<std::byte> readFileBytes(const std::string &path, std::size_t most) 
         bytes.insert(bytes.end(), buffer, buffer + got);
     if (std::ferror(file.get())) throw fileError("read", path);
     return bytes;
+}
+
+std::string heldBytes(std::size_t got, std::size_t needed) {
+    return std::string("holds ") + (got > needed ? "more than " : "") +
+           countOf(static_cast<long long>(std::min(got, needed)), "byte");
 }
 
 void writeFileBytes(const std::string &path, const void *data, std::size_t size) {

@@ -13,6 +13,9 @@ namespace tarvex_cli {
 // tell a longer file ask for one byte more than they take.
 std::vector<std::byte> readFileBytes(const std::string &path,
                                      std::size_t most = std::numeric_limits<std::size_t>::max());
+// What a file that must hold `needed` bytes holds, as "holds N bytes", or
+// "holds more than N bytes" when a read of needed + 1 bytes filled up.
+std::string heldBytes(std::size_t got, std::size_t needed);
 void writeFileBytes(const std::string &path, const void *data, std::size_t size);
 inline void writeTextFile(const std::string &path, const std::string &text) {
     writeFileBytes(path, text.data(), text.size());

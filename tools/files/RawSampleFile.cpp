@@ -1,6 +1,5 @@
 #include "RawSampleFile.h"
 
-#include <algorithm>
 #include <cctype>
 #include <cstring>
 #include <optional>
@@ -98,9 +97,8 @@ MImage readRawImage(const std::string &path, const RawImageLayout &layout) {
     const std::size_t expected = rawImageByteCount(layout);
     std::vector<std::byte> bytes = readFileBytes(path, expected + 1);
     if (bytes.size() != expected)
-        throw usageError(path + " holds " + (bytes.size() > expected ? "more than " : "") +
-                         countOf(long(std::min(bytes.size(), expected)), "byte") + ", but " +
-                         formatRawImageLayout(layout) + " needs " + std::to_string(expected));
+        throw usageError(path + " " + heldBytes(bytes.size(), expected) + ", but " + formatRawImageLayout(layout) +
+                         " needs " + std::to_string(expected));
     if (layout.type == MImage_Type_Bit) checkBitSamples(bytes, path);
     MImage image = nullptr;
     int code = rh_image_new(layout.slices, layout.width, layout.height, layout.channels, layout.type,
