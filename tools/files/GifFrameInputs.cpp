@@ -1,9 +1,6 @@
 #include "GifFrameInputs.h"
 
-#include <unistd.h>
-
 #include <cstdint>
-#include <cstdlib>
 #include <cstring>
 #include <fstream>
 
@@ -13,6 +10,7 @@
 #include "HostTable.h"
 #include "ImageFiles.h"
 #include "NumberText.h"
+#include "host/MemoryBudget.h"
 #include "refhost/refhost.hpp"
 
 namespace tarvex_cli {
@@ -55,17 +53,6 @@ void appendImage(FrameSequence &frames, MImage image, const std::string &path, b
     }
 }
 
-// The plug-in's budget for one call: TARVEX_MEMORY_BUDGET bytes when set,
-// else half of the physical memory.
-std::uint64_t memoryBudget() {
-    if (const char *text = std::getenv("TARVEX_MEMORY_BUDGET"); text != nullptr && *text != '\0') {
-        if (const auto bytes = parseUInt64(text)) return *bytes;
-    }
-    const long pages = sysconf(_SC_PHYS_PAGES), pageSize = sysconf(_SC_PAGE_SIZE);
-    if (pages <= 0 || pageSize <= 0) return std::uint64_t{4} << 30;
-    return std::uint64_t(pages) * std::uint64_t(pageSize) / 2;
-}
-
 // A small file can hold thousands of frames of a large canvas. They are all
 // held here and once more in the image for WriteFrames, so a file whose
 // frames would not fit the budget twice over is refused before any is read.
@@ -73,11 +60,13 @@ void checkFramesFit(const FrameSequence &frames, const std::string &path, long c
     const RhExpr *size = ruleValue(metadata, "ImageSize");
     const auto width = std::uint64_t(rh_expr_integer(rh_expr_part(size, 0)));
     const auto height = std::uint64_t(rh_expr_integer(rh_expr_part(size, 1)));
-    const long double bytes = 2.0L * ((long double)frames.samples.size() + (long double)count * width * height * 3);
-    if (bytes > (long double)memoryBudget())
+    const long double bytes = 2.0L * (static_cast<long double>(frames.samples.size()) +
+                                      static_cast<long double>(count) * width * height * 3);
+    const std::uint64_t budget = OstrelUtils::memoryBudget();
+    if (bytes > static_cast<long double>(budget))
         throw CliError(path + ": " + countOf(count, "frame") + " of " + std::to_string(width) + "x" +
                        std::to_string(height) + " would take more memory than the budget of " +
-                       std::to_string(memoryBudget() >> 20) + " MiB (TARVEX_MEMORY_BUDGET)");
+                       std::to_string(budget >> 20) + " MiB (TARVEX_MEMORY_BUDGET)");
 }
 
 void appendGifFrames(FrameSequence &frames, const std::string &path) {
