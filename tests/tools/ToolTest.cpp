@@ -61,6 +61,11 @@ TEST_F(ToolTest, BadCommandLinesSayWhatIsWrongAndExitWithTwo) {
         expectToolMessage(run, 2, message);
         EXPECT_EQ(run.out, "");
     }
+    // Without dims the length is the dimension, so the memory budget bounds the read.
+    setenv("TARVEX_MEMORY_BUDGET", "1000", 1);
+    const ProgramRun endless = runTool({"call", "UniqueColors", "raw:uint8:@/dev/zero"});
+    unsetenv("TARVEX_MEMORY_BUDGET");
+    expectToolMessage(endless, 2, "/dev/zero holds more than 1000 bytes, more than the memory budget");
     EXPECT_EQ(runTool({"--plugin"}, PluginArgument::Omitted).status, 2);
     expectToolMessage(runTool({"--plugin", path("libMissing.so"), "call", "StringSeparator"}, PluginArgument::Omitted),
                       1, "cannot load the plug-in " + path("libMissing.so"));

@@ -1,6 +1,7 @@
 #include "HostArguments.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <cstring>
 #include <stdexcept>
 
@@ -11,6 +12,7 @@
 #include "KeyValues.h"
 #include "NumberText.h"
 #include "TypeNames.h"
+#include "host/MemoryBudget.h"
 
 namespace tarvex_cli {
 namespace {
@@ -38,7 +40,13 @@ std::vector<std::byte> elementBytes(const ArrayElements &elements, std::size_t e
                              std::to_string(needed));
         return bytes;
     }
-    std::vector<std::byte> bytes = readFileBytes(path);
+    // Without dimensions the file's length gives them, so only the memory
+    // budget bounds the read (the file may be /dev/zero).
+    const std::size_t budget = std::min<std::uint64_t>(OstrelUtils::memoryBudget(), SIZE_MAX - 1);
+    std::vector<std::byte> bytes = readFileBytes(path, budget + 1);
+    if (bytes.size() > budget)
+        throw usageError(path + " " + heldBytes(bytes.size(), budget) +
+                         ", more than the memory budget (TARVEX_MEMORY_BUDGET)");
     if (bytes.size() % elementSize != 0)
         throw usageError(path + " holds " + countOf(long(bytes.size()), "byte") + ", not a whole number of " +
                          std::to_string(elementSize) + "-byte elements");
