@@ -53,6 +53,9 @@ TEST_F(ToolTest, BadCommandLinesSayWhatIsWrongAndExitWithTwo) {
         {{"call", "UniqueColors", "photo.png"}, "argument 1 'photo.png': not a value"},
         {{"call", "UniqueColors", "png:x.png", "raw:uint8:{1,2"}, "argument 2 'raw:uint8:{1,2'"},
         {{"call", "ReadPalettes", "{\"a.gif\""}, "is not an expression"},
+        // The plug-in would follow a number in a string slot as a pointer.
+        {{"call", "ReadOneFrame", "5", "1"}, "argument 1 '5': ReadOneFrame takes a string there (str:TEXT)"},
+        {{"call", "WriteFrames", "png:x.png", "str:a.gif", "true"}, "argument 3 'true': WriteFrames takes a string"},
         // A file that never ends is read only as far as the dimensions reach.
         {{"call", "UniqueColors", "raw:uint8:@/dev/zero:dims=2x3"}, "/dev/zero holds more than 6 bytes"},
     };

@@ -27,6 +27,20 @@ constexpr std::array<std::pair<std::string_view, RhKind>, 11> kDefaultResults{{
     {"WriteColormaps", RH_STRING},
 }};
 
+// Where the kernel passes only strings: a plug-in reads such a slot as a
+// pointer to text, so anything else there would be followed as one.
+constexpr std::array<std::pair<std::string_view, std::array<int, 3>>, 9> kStringSlots{{
+    {"ClearCache", {0, -1, -1}},
+    {"ReadOneFrame", {0, -1, -1}},
+    {"ReadAllFrames", {0, -1, -1}},
+    {"ReadGlobalPalette", {0, -1, -1}},
+    {"ImageQuantize", {2, -1, -1}},
+    {"GetQuantizedImage", {2, -1, -1}},
+    {"DitherImage", {2, -1, -1}},
+    {"WriteFrames", {1, 2, 4}},
+    {"WriteColormaps", {2, 3, 5}},
+}};
+
 constexpr std::array<std::pair<std::string_view, RhKind>, 8> kResultKinds{{
     {"none", RH_NONE},
     {"boolean", RH_BOOLEAN},
@@ -94,6 +108,14 @@ bool isLinkExport(std::string_view name) {
 }
 
 std::optional<RhKind> defaultResultKind(std::string_view name) { return lookUp(kDefaultResults, name); }
+
+bool takesStringAt(std::string_view name, std::size_t position) {
+    const auto slots = lookUp(kStringSlots, name);
+    if (!slots) return false;
+    for (int slot : *slots)
+        if (slot >= 0 && static_cast<std::size_t>(slot) == position) return true;
+    return false;
+}
 
 std::optional<RhKind> findResultKind(std::string_view name) { return lookUp(kResultKinds, name); }
 

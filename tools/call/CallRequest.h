@@ -28,6 +28,8 @@ CallRequest parseCallRequest(const std::vector<std::string> &words);
 bool isLinkExport(std::string_view name);
 // The result kind of each argument-vector export the tool knows.
 std::optional<RhKind> defaultResultKind(std::string_view name);
+// Whether the kernel passes a string in this argument slot of a known export.
+bool takesStringAt(std::string_view name, std::size_t position);
 std::optional<RhKind> findResultKind(std::string_view name);
 
 }  // namespace tarvex_cli

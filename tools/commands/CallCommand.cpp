@@ -27,14 +27,17 @@ std::string formatExpr(const RhExpr *expr) {
     return text ? std::string(text.get()) : std::string("(cannot be printed)");
 }
 
-std::vector<Argument> parseArguments(const std::vector<std::string> &texts) {
+std::vector<Argument> parseArguments(const std::string &exportName, const std::vector<std::string> &texts) {
     std::vector<Argument> arguments;
     for (std::size_t i = 0; i < texts.size(); ++i) {
+        const std::string where = "argument " + std::to_string(i + 1) + " '" + texts[i] + "': ";
         try {
             arguments.push_back(parseArgument(texts[i]));
         } catch (const std::invalid_argument &error) {
-            throw usageError("argument " + std::to_string(i + 1) + " '" + texts[i] + "': " + error.what());
+            throw usageError(where + error.what());
         }
+        if (takesStringAt(exportName, i) && !std::holds_alternative<StringValue>(arguments.back()))
+            throw usageError(where + exportName + " takes a string there (str:TEXT)");
     }
     return arguments;
 }
@@ -158,7 +161,7 @@ void reportResult(const RhValue &result, const CallRequest &request, const HostA
 }
 
 int callArgumentExport(const CallRequest &request) {
-    const std::vector<Argument> parsed = parseArguments(request.arguments);
+    const std::vector<Argument> parsed = parseArguments(request.exportName, request.arguments);
     RhPlugin *loaded = pluginWithExport(request.exportName);
     const std::size_t count = static_cast<std::size_t>(request.argc.value_or(static_cast<mint>(parsed.size())));
     HostArguments arguments(parsed);
@@ -211,6 +214,9 @@ Options:
   --books          print the host's books after the call and after the tool
                    freed its arguments and the result: live objects (leaks),
                    strings issued and released, bad releases and handles
+
+Where the kernel passes only strings to a known export (file names, comments,
+method names), the tool does too: anything else there is refused.
 
 Link exports (ReadFileMetadata, ReadFrameMetadata, ReadPalettes,
 ReadRasterBits) take one expression in input form, such as '{"a.gif"}' or
