@@ -14,12 +14,19 @@ constexpr std::uint8_t kColorTableFlag = 0x80;
 
 class BlockReader {
 public:
-    explicit BlockReader(std::FILE *file) : file_(file) {}
+    // With `taken`, every byte read is kept there too.
+    BlockReader(std::FILE *file, std::vector<std::uint8_t> *taken) : file_(file), taken_(taken) {}
 
     bool read(std::uint8_t *bytes, std::size_t count) {
-        return std::fread(bytes, 1, count, file_) == count;
+        const std::size_t got = std::fread(bytes, 1, count, file_);
+        if (taken_ != nullptr) taken_->insert(taken_->end(), bytes, bytes + got);
+        return got == count;
     }
-    int byte() { return std::fgetc(file_); }
+    int byte() {
+        const int value = std::fgetc(file_);
+        if (taken_ != nullptr && value != EOF) taken_->push_back(static_cast<std::uint8_t>(value));
+        return value;
+    }
 
     bool skip(std::size_t count) {
         std::array<std::uint8_t, 256> scratch;
@@ -45,6 +52,7 @@ public:
 
 private:
     std::FILE *file_;
+    std::vector<std::uint8_t> *taken_;
 };
 
 std::uint32_t word(const std::uint8_t *bytes) { return bytes[0] | (std::uint32_t{bytes[1]} << 8); }
@@ -86,11 +94,14 @@ std::uint64_t DecodeDemand::canvasBytes() const {
     return std::uint64_t{canvasWidth} * canvasHeight * sizeof(PackedColor);
 }
 
-DecodeDemand measureDecodeDemand(std::FILE *file) {
+DecodeDemand measureDecodeDemand(std::FILE *file, std::vector<std::uint8_t> &taken) {
+    taken.clear();
+    // Where the stream cannot seek, what was read is gone from it.
+    const bool rewindable = std::fseek(file, 0, SEEK_CUR) == 0;
     DecodeDemand demand;
-    BlockReader reader(file);
+    BlockReader reader(file, rewindable ? nullptr : &taken);
     measureBlocks(reader, demand);
-    std::rewind(file);
+    if (rewindable) std::rewind(file);
     return demand;
 }
 

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <cstdio>
+#include <vector>
 
 namespace GifImport {
 
@@ -19,7 +20,8 @@ struct DecodeDemand {
 
 // Walks the blocks of the GIF stream from its start without decoding any
 // image data, then rewinds the stream. A damaged stream is measured as far
-// as it can be read; giflib then judges it.
-DecodeDemand measureDecodeDemand(std::FILE *file);
+// as it can be read; giflib then judges it. A stream that cannot be rewound
+// (a pipe) leaves every byte it gave in `taken`, to be read again from there.
+DecodeDemand measureDecodeDemand(std::FILE *file, std::vector<std::uint8_t> &taken);
 
 }  // namespace GifImport

@@ -14,9 +14,21 @@
 namespace GifImport {
 namespace {
 
-int readFromStream(GifFileType *gif, GifByteType *buffer, int length) {
-    auto *file = static_cast<std::FILE *>(gif->UserData);
-    return static_cast<int>(std::fread(buffer, 1, static_cast<std::size_t>(length), file));
+// The stream, after the bytes that measuring took from it when it could not
+// be rewound.
+struct GifSource {
+    std::FILE *file;
+    std::vector<std::uint8_t> taken;
+    std::size_t given = 0;
+};
+
+int readFromSource(GifFileType *gif, GifByteType *buffer, int length) {
+    auto *source = static_cast<GifSource *>(gif->UserData);
+    const auto wanted = static_cast<std::size_t>(length);
+    const std::size_t again = std::min(wanted, source->taken.size() - source->given);
+    std::copy_n(source->taken.begin() + static_cast<std::ptrdiff_t>(source->given), again, buffer);
+    source->given += again;
+    return static_cast<int>(again + std::fread(buffer + again, 1, wanted - again, source->file));
 }
 
 struct GifCloser {
@@ -24,9 +36,9 @@ struct GifCloser {
 };
 using GifHandle = std::unique_ptr<GifFileType, GifCloser>;
 
-GifHandle openGif(std::FILE *file) {
+GifHandle openGif(GifSource &source) {
     int error = D_GIF_SUCCEEDED;
-    GifHandle gif(DGifOpen(file, readFromStream, &error));
+    GifHandle gif(DGifOpen(&source, readFromSource, &error));
     if (error != D_GIF_SUCCEEDED) gif.reset();
     return gif;
 }
@@ -34,7 +46,9 @@ GifHandle openGif(std::FILE *file) {
 // A few bytes of file can declare a 65535 x 65535 screen or thousands of
 // large images. A file whose rasters and canvas would not fit beside the
 // files already cached reads as undecodable instead of taking the process down.
-bool demandFits(std::FILE *file) { return fitsDecodeBudget(measureDecodeDemand(file).totalBytes()); }
+bool demandFits(GifSource &source) {
+    return fitsDecodeBudget(measureDecodeDemand(source.file, source.taken).totalBytes());
+}
 
 }  // namespace
 
@@ -53,8 +67,9 @@ bool Decoder::load() {
     if (!file) return false;
     // Whatever the outcome, the stream is not read again.
     const FileHandle stream = std::move(file);
-    if (!demandFits(stream.get())) return false;
-    GifHandle gif = openGif(stream.get());
+    GifSource source{stream.get(), {}};
+    if (!demandFits(source)) return false;
+    GifHandle gif = openGif(source);
     if (!gif) return false;
     try {
         decodeInto(gif.get());

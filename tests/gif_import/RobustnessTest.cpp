@@ -1,6 +1,11 @@
 // Damaged files and host failures: every one ends in a defined code with the
 // host's books balanced.
 #include <climits>
+#include <stdexcept>
+
+#ifdef __linux__
+#include <unistd.h>
+#endif
 
 #include <gtest/gtest.h>
 
@@ -63,6 +68,41 @@ TEST_F(Robustness, AFileDecodesAfreshAfterItWasFoundUndecodable) {
     EXPECT_EQ(readOneFrame(path, 1).rows(), (std::vector<std::string>{"RG", "GR"}));
     clearCache(path);
 }
+
+#ifdef __linux__
+// A pipe holding the bytes, named as the kernel would name it; the pipe
+// cannot be rewound, so its bytes can be read only once.
+class PipedFile {
+public:
+    explicit PipedFile(const std::vector<std::uint8_t> &bytes) {
+        int ends[2];
+        if (::pipe(ends) != 0) throw std::runtime_error("no pipe");
+        if (::write(ends[1], bytes.data(), bytes.size()) != static_cast<ssize_t>(bytes.size()))
+            throw std::runtime_error("pipe too small");
+        ::close(ends[1]);
+        readEnd_ = ends[0];
+    }
+    ~PipedFile() { ::close(readEnd_); }
+    PipedFile(const PipedFile &) = delete;
+    PipedFile &operator=(const PipedFile &) = delete;
+    std::string path() const { return "/proc/self/fd/" + std::to_string(readEnd_); }
+
+private:
+    int readEnd_ = -1;
+};
+
+TEST_F(Robustness, AFileThatCannotBeRewoundDecodesAndIsStillMeasured) {
+    const PipedFile piped(twoByTwo().bytes());
+    EXPECT_EQ(readOneFrame(piped.path(), 1).rows(), (std::vector<std::string>{"RG", "GR"}));
+    EXPECT_EQ(readOneFrame(piped.path(), 1).rows(), (std::vector<std::string>{"RG", "GR"}));
+    clearCache(piped.path());
+
+    // Its canvas alone would take 16 GiB.
+    const std::string hugeBytes = tarvex_test::fileContents(writeHugeScreen());
+    const PipedFile huge(std::vector<std::uint8_t>(hugeBytes.begin(), hugeBytes.end()));
+    EXPECT_EQ(readOneFrame(huge.path(), 1).code, -3);
+}
+#endif
 
 TEST_F(Robustness, FilesWithoutUsableFramesReportNoFrames) {
     const std::vector<int> noFrames(7, -1);
