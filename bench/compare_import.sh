@@ -85,6 +85,9 @@ for clock in ("real_time", "cpu_time"):
     host = medians["hostResultImage"][clock]
     print(f"median {clock}: ReadAllFrames {ours:.1f} ms, DGifSlurp {giflib:.1f} ms: ratio {ours / giflib:.2f}"
           f" ({(ours - host) / giflib:.2f} without the host's {host:.1f} ms for the result image)")
+backwards = medians["readFramesBackwards"]["real_time"]
+print(f"ReadOneFrame for every frame, last to first: {backwards:.1f} ms,"
+      f" {backwards / medians['readAllFrames']['real_time']:.2f}x ReadAllFrames")
 PY
 
 peak() {  # peak resident memory of one tool run, in MB, and its exit status

@@ -2,6 +2,7 @@
 // the same file, named by TARVEX_IMPORT_GIF (bench/compare_import.sh builds
 // one). Every ReadAllFrames call decodes afresh: the file is cleared from the
 // cache after each. TARVEX_PLUGIN names another build of the plug-in.
+#include <algorithm>
 #include <cstdlib>
 
 #include <benchmark/benchmark.h>
@@ -25,6 +26,33 @@ void readAllFrames(benchmark::State &state) {
             break;
         }
         rh_library_data(RH_TABLE_FULL)->imageFunctions->free(image.value.image);
+        RhValue cleared{RH_BOOLEAN, {}, 0};
+        rh_call(tarvex_bench::benchPlugin(), "ClearCache", 1, &name, &cleared);
+    }
+}
+
+// Every frame through ReadOneFrame, last to first, as a viewer stepping
+// backwards asks for them: each one is drawn from an earlier state.
+void readFramesBackwards(benchmark::State &state) {
+    const RhValue name{RH_STRING, {.string = gifPath()}, 0};
+    RhValue metadata{RH_IMAGE, {}, 0};
+    if (rh_call(tarvex_bench::benchPlugin(), "ReadAllFrames", 1, &name, &metadata) != 0) {
+        state.SkipWithError("ReadAllFrames failed: set TARVEX_IMPORT_GIF to a GIF file");
+        return;
+    }
+    const QuorbelImageFunctions images = rh_library_data(RH_TABLE_FULL)->imageFunctions;
+    const mint count = std::max<mint>(1, images->getSliceCount(metadata.value.image));
+    images->free(metadata.value.image);
+    for (auto _ : state) {
+        for (mint frame = count; frame >= 1; --frame) {
+            const RhValue args[2] = {name, {RH_INTEGER, {.integer = frame}, 0}};
+            RhValue image{RH_IMAGE, {}, 0};
+            if (rh_call(tarvex_bench::benchPlugin(), "ReadOneFrame", 2, args, &image) != 0) {
+                state.SkipWithError("ReadOneFrame failed");
+                return;
+            }
+            images->free(image.value.image);
+        }
         RhValue cleared{RH_BOOLEAN, {}, 0};
         rh_call(tarvex_bench::benchPlugin(), "ClearCache", 1, &name, &cleared);
     }
@@ -69,6 +97,7 @@ void giflibSlurp(benchmark::State &state) {
 }  // namespace
 
 BENCHMARK(readAllFrames)->Unit(benchmark::kMillisecond)->UseRealTime();
+BENCHMARK(readFramesBackwards)->Unit(benchmark::kMillisecond)->UseRealTime();
 BENCHMARK(hostResultImage)->Unit(benchmark::kMillisecond)->UseRealTime();
 BENCHMARK(giflibSlurp)->Unit(benchmark::kMillisecond)->UseRealTime();
 

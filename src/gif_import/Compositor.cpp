@@ -2,8 +2,12 @@
 
 #include <algorithm>
 #include <array>
+#include <iterator>
 
+#include "gif_import/DecodeBudget.h"
 #include "gif_import/Decoder.h"
+
+#include <new>
 
 namespace GifImport {
 namespace {
@@ -43,6 +47,10 @@ void drawRow(const Brush &brush, const std::uint8_t *indices, PackedColor *targe
     }
 }
 
+// Canvases of drawing between snapshots. Four keeps the snapshots of an
+// animation of whole-screen frames (four bytes a pixel) near its rasters (one).
+constexpr std::uint64_t kCanvasesBetweenSnapshots = 4;
+
 PackedColor *rectangleRow(std::vector<PackedColor> &canvas, const Frame &frame, std::uint32_t row,
                           std::uint32_t canvasWidth) {
     return canvas.data() + std::size_t{frame.top + row} * canvasWidth + frame.left;
@@ -68,13 +76,56 @@ void drawFrame(const Frame &frame, const Palette &palette, PackedColor *canvas,
 }
 
 const std::vector<PackedColor> &FrameCompositor::picture(const Decoder &decoder, std::size_t index) {
-    if (!consistent_ || drawnCount_ > index + 1) restart(decoder);
+    if (!consistent_ || drawnCount_ > index + 1) resumeBefore(decoder, index);
     consistent_ = false;
-    while (drawnCount_ <= index) drawNext(decoder);
+    while (drawnCount_ <= index) {
+        drawNext(decoder);
+        noteDrawing(decoder);
+    }
     consistent_ = true;
     return canvas_;
 }
 
+std::size_t FrameCompositor::heldBytes() const {
+    std::size_t pixels = canvas_.capacity() + saved_.capacity();
+    for (const Snapshot &snapshot : snapshots_) pixels += snapshot.canvas.capacity() + snapshot.saved.capacity();
+    return pixels * sizeof(PackedColor);
+}
+
+void FrameCompositor::resumeBefore(const Decoder &decoder, std::size_t index) {
+    if (consistent_) replaying_ = true;
+    drawnSinceSnapshot_ = 0;
+    const auto after = std::upper_bound(snapshots_.begin(), snapshots_.end(), index + 1,
+                                        [](std::size_t count, const Snapshot &s) { return count < s.drawnCount; });
+    if (after == snapshots_.begin()) {
+        restart(decoder);
+        return;
+    }
+    const Snapshot &nearest = *std::prev(after);
+    canvas_ = nearest.canvas;
+    saved_ = nearest.saved;
+    drawnCount_ = nearest.drawnCount;
+    consistent_ = true;
+}
+
+// Snapshots are a shortcut only: one that does not fit the budget, or cannot
+// be allocated, is not taken, and every picture stays the same.
+void FrameCompositor::noteDrawing(const Decoder &decoder) {
+    if (!replaying_ || decoder.canvasPixelCount == 0) return;
+    const Frame &frame = *decoder.frames[drawnCount_ - 1];
+    drawnSinceSnapshot_ += std::uint64_t{frame.width} * frame.height;
+    if (drawnSinceSnapshot_ < kCanvasesBetweenSnapshots * decoder.canvasPixelCount) return;
+    drawnSinceSnapshot_ = 0;
+    // A replay from an earlier snapshot meets the later ones again.
+    if (!snapshots_.empty() && snapshots_.back().drawnCount >= drawnCount_) return;
+    if (!fitsDecodeBudget((canvas_.size() + saved_.size()) * sizeof(PackedColor))) return;
+    try {
+        snapshots_.push_back(Snapshot{drawnCount_, canvas_, saved_});
+    } catch (const std::bad_alloc &) {
+    }
+}
+
+// The snapshots stay: they serve reading backwards from the last frame.
 void FrameCompositor::release() {
     // Assigning an empty list would keep the storage.
     canvas_ = std::vector<PackedColor>();

@@ -24,7 +24,10 @@ void drawFrame(const Frame &frame, const Palette &palette, PackedColor *canvas,
 // Composites a decoder's frames on demand, in the order a viewer shows them.
 // It keeps one canvas with the last frame asked for drawn on it and that
 // frame's disposal still to come, so reading the frames in order costs one
-// drawing per frame; asking for an earlier frame starts again from the first.
+// drawing per frame. Once an earlier frame has been asked for, the replay
+// keeps snapshots a few canvases of drawing apart, so that reading in any
+// order costs a bounded amount of drawing per frame instead of a replay from
+// the first; the snapshots together hold about as much as the rasters.
 class FrameCompositor {
 public:
     // The full-canvas picture of frame `index` of the decoder, valid until the
@@ -37,22 +40,31 @@ public:
     void release();
 
     // Memory the compositor holds between calls.
-    std::size_t heldBytes() const {
-        return (canvas_.capacity() + saved_.capacity()) * sizeof(PackedColor);
-    }
+    std::size_t heldBytes() const;
     // Whether the next picture needs a canvas to be allocated.
     bool hasCanvas() const { return !canvas_.empty(); }
 
 private:
+    struct Snapshot {
+        std::size_t drawnCount;
+        std::vector<PackedColor> canvas;
+        std::vector<PackedColor> saved;
+    };
+
+    void resumeBefore(const Decoder &decoder, std::size_t index);
     void restart(const Decoder &decoder);
     void drawNext(const Decoder &decoder);
     void disposeDrawn(const Decoder &decoder);
+    void noteDrawing(const Decoder &decoder);
 
     std::vector<PackedColor> canvas_;
     // What a restore-previous frame covered before it was drawn.
     std::vector<PackedColor> saved_;
     std::size_t drawnCount_ = 0;  // frames drawn since the start; the last one is on show
     bool consistent_ = false;     // false until a restart, and after an interrupted drawing
+    bool replaying_ = false;      // an earlier frame has been asked for
+    std::uint64_t drawnSinceSnapshot_ = 0;  // pixels
+    std::vector<Snapshot> snapshots_;       // by rising drawnCount
 };
 
 }  // namespace GifImport
