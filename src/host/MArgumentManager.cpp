@@ -8,12 +8,21 @@ MArgumentManager::MArgumentManager(mint argc, MArgument *args, MArgument result,
                                    std::span<const unsigned> stringArguments)
     : argc_(argc), args_(args), result_(result), stringArguments_(stringArguments) {
     if (libraryData() == nullptr) throw OstrelError(ArgumentInitError);
-    strings_.resize(argc > 0 ? static_cast<std::size_t>(argc) : 0);
+    try {
+        strings_.resize(argc > 0 ? static_cast<std::size_t>(argc) : 0);
+    } catch (...) {
+        // No destructor runs for a manager that was never made.
+        releaseUnreadStrings();
+        throw;
+    }
 }
 
-MArgumentManager::~MArgumentManager() {
+MArgumentManager::~MArgumentManager() { releaseUnreadStrings(); }
+
+void MArgumentManager::releaseUnreadStrings() noexcept {
     for (unsigned index : stringArguments_) {
-        if (static_cast<mint>(index) >= argc_ || strings_[index]) continue;
+        if (static_cast<mint>(index) >= argc_) continue;
+        if (index < strings_.size() && strings_[index]) continue;
         if (char *unread = MArgument_getUTF8String(args_[index]); unread != nullptr)
             libraryData()->releaseUTF8String(unread);
     }

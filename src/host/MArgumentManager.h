@@ -63,6 +63,8 @@ public:
 
 private:
     const MArgument &argument(unsigned index) const;
+    // Gives back the kernel's strings that no get asked for.
+    void releaseUnreadStrings() noexcept;
 
     mint argc_;
     MArgument *args_;

@@ -119,6 +119,22 @@ TEST_F(ArgumentLayer, StringIsCopiedOnceAndGivenBackOnce) {
     EXPECT_EQ(releases, 1);
 }
 
+// Running out of memory while the manager is being made must not keep the
+// kernel's strings: no destructor would give them back.
+TEST_F(ArgumentLayer, StringsAreGivenBackWhenTheManagerCannotBeMade) {
+    st_QuorbelLibraryData table = *rh_library_data(RH_TABLE_FULL);
+    table.releaseUTF8String = countingRelease;
+    setLibraryData(&table);
+    releases = 0;
+    char *text = strdup("name.gif");
+    MArgument arg{.utf8String = &text};
+    static constexpr unsigned kStrings[] = {0};
+    // A count no string table fits in, standing for an allocation failure.
+    const mint tooMany = std::numeric_limits<mint>::max() / 16;
+    EXPECT_ANY_THROW(MArgumentManager(tooMany, &arg, arg, kStrings));
+    EXPECT_EQ(releases, 1);
+}
+
 TEST_F(ArgumentLayer, ElementTypesMustMatchTheRequest) {
     MImage image = newImage(MImage_Type_Bit16, 3);
     MArgument arg{.image = &image};
