@@ -1,5 +1,8 @@
 // What users meet around every command: file formats by name, standard
 // streams, error messages that keep their reason, and the terminal kept safe.
+#include <fcntl.h>
+#include <poll.h>
+#include <termios.h>
 #include <unistd.h>
 
 #include <cstdio>
@@ -138,13 +141,56 @@ TEST_F(UserFiles, ALibraryThatIsNotThePlugInIsNamedAsSuch) {
     expectToolMessage(run, 1, std::string(TARVEX_REFHOST_LIBRARY) + " is not a Tarvex plug-in");
 }
 
-TEST(ProgressLine, ShowsOnlyAfterASecondAndNeverWhenQuiet) {
+namespace {
+
+// A pseudo-terminal stands for the user's screen; its other end reads what
+// the screen would show.
+class PseudoTerminal {
+public:
+    PseudoTerminal() {
+        controller_ = posix_openpt(O_RDWR | O_NOCTTY);
+        if (controller_ < 0 || grantpt(controller_) != 0 || unlockpt(controller_) != 0) return;
+        const int device = open(ptsname(controller_), O_RDWR | O_NOCTTY);
+        if (device < 0) return;
+        // The screen gets the bytes as written, without "\n" becoming "\r\n".
+        termios settings{};
+        tcgetattr(device, &settings);
+        cfmakeraw(&settings);
+        tcsetattr(device, TCSANOW, &settings);
+        screen_ = fdopen(device, "w");
+    }
+    ~PseudoTerminal() {
+        if (screen_ != nullptr) std::fclose(screen_);
+        if (controller_ >= 0) close(controller_);
+    }
+    std::FILE *screen() const { return screen_; }
+    std::string shown() const {
+        std::string text;
+        pollfd ready{controller_, POLLIN, 0};
+        char buffer[256];
+        while (poll(&ready, 1, 100) == 1) {
+            const ssize_t got = read(controller_, buffer, sizeof buffer);
+            if (got <= 0) break;
+            text.append(buffer, std::size_t(got));
+        }
+        return text;
+    }
+
+private:
+    int controller_ = -1;
+    std::FILE *screen_ = nullptr;
+};
+
+}  // namespace
+
+// The line is rewritten in place with \r: it is for a screen only, never for
+// a log or a pipe, and never in quiet runs.
+TEST(ProgressLine, ShowsOnATerminalAfterASecondUnlessQuiet) {
     using namespace std::chrono;
     steady_clock::time_point now{};
     const auto clock = [&] { return now; };
-    const auto printed = [&](bool quiet) {
+    const auto run = [&](std::FILE *out, bool quiet) {
         setQuiet(quiet);
-        std::FILE *out = std::tmpfile();
         {
             Progress progress("gif", 3, out, clock);
             progress.advance(1);
@@ -153,12 +199,16 @@ TEST(ProgressLine, ShowsOnlyAfterASecondAndNeverWhenQuiet) {
             progress.advance(3);
         }
         setQuiet(false);
-        std::string text(256, '\0');
-        std::rewind(out);
-        text.resize(std::fread(text.data(), 1, text.size(), out));
-        std::fclose(out);
-        return text;
+        std::fflush(out);
     };
-    EXPECT_EQ(printed(false), "\rtarvex gif: 2 of 3\rtarvex gif: 3 of 3\n");
-    EXPECT_EQ(printed(true), "");
+    for (bool quiet : {false, true}) {
+        const PseudoTerminal terminal;
+        ASSERT_NE(terminal.screen(), nullptr);
+        run(terminal.screen(), quiet);
+        EXPECT_EQ(terminal.shown(), quiet ? "" : "\rtarvex gif: 2 of 3\rtarvex gif: 3 of 3\n");
+    }
+    std::FILE *log = std::tmpfile();
+    run(log, false);
+    EXPECT_EQ(std::ftell(log), 0);
+    std::fclose(log);
 }

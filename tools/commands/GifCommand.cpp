@@ -56,7 +56,8 @@ reduced to 256 colours each; grey frames share one map of their levels.
 
 An input may be - for standard input. A COLOR is "#rrggbb", "r,g,b" or one
 grey level. A one-line summary goes to standard output (not when writing to
-standard output); long jobs show their progress on standard error.
+standard output); long jobs show their progress on standard error when it is
+a terminal.
 
 Examples:
   tarvex gif -o anim.gif frame-*.png --delay 0.08 --loop 0

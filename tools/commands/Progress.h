@@ -14,7 +14,9 @@ bool isQuiet();
 
 // A progress line on standard error for jobs that run longer than about a
 // second ("tarvex gif: 12 of 40 inputs"), rewritten in place and ended when
-// the job is; shorter jobs and quiet runs print nothing.
+// the job is; shorter jobs, quiet runs and runs whose standard error is not a
+// terminal (a log, a pipe) print nothing, since lines rewritten with \r only
+// make sense to a screen.
 class Progress {
 public:
     using Clock = std::function<std::chrono::steady_clock::time_point()>;
@@ -33,6 +35,7 @@ private:
     std::FILE *out_;
     Clock now_;
     std::chrono::steady_clock::time_point start_;
+    bool onTerminal_;
     bool shown_ = false;
 };
 
