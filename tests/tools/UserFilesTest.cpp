@@ -2,6 +2,7 @@
 // streams, error messages that keep their reason, and the terminal kept safe.
 #include <fcntl.h>
 #include <poll.h>
+#include <sys/stat.h>
 #include <termios.h>
 #include <unistd.h>
 
@@ -112,6 +113,31 @@ TEST_F(UserFiles, FailuresKeepTheirReason) {
         std::filesystem::permissions(path("locked.gif"), std::filesystem::perms::none);
         expectToolMessage(runTool({"info", path("locked.gif")}), 1, "Permission denied");
     }
+}
+
+// The plug-in opens the file before it finds that no frame has the
+// transparent colour: the refusal must leave neither an emptied earlier file
+// nor a new empty one. Files the tool writes get the usual permissions.
+TEST_F(UserFiles, AFailedWriteLeavesNoBrokenFile) {
+    namespace fs = std::filesystem;
+    const std::string in = gradient(), kept = path("kept.gif"), fresh = path("new.gif");
+    std::ofstream(kept) << "earlier";
+    const fs::perms shared = fs::perms::owner_read | fs::perms::owner_write | fs::perms::group_read;
+    fs::permissions(kept, shared);
+    for (const std::string &out : {kept, fresh})
+        expectToolMessage(runTool({"gif", "-o", out, in, "--transparent", "#123456"}), 1, "--transparent colour");
+    EXPECT_EQ(fileContents(kept), "earlier");
+    EXPECT_FALSE(fs::exists(fresh));
+    for (const fs::directory_entry &entry : fs::directory_iterator(path("")))
+        EXPECT_NE(entry.path().filename().string().front(), '.') << entry.path() << " is left over";
+
+    ASSERT_EQ(runTool({"gif", "-o", kept, in}).status, 0);
+    EXPECT_TRUE(startsWith(fileContents(kept), "GIF89a"));
+    EXPECT_EQ(fs::status(kept).permissions(), shared);
+    ASSERT_EQ(runTool({"sample-gif", fresh}).status, 0);
+    const mode_t mask = umask(0);
+    umask(mask);
+    EXPECT_EQ(fs::status(fresh).permissions(), fs::perms(0666 & ~mask));
 }
 
 TEST_F(UserFiles, NothingFromAFileReachesTheTerminalRaw) {

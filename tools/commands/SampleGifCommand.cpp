@@ -1,5 +1,4 @@
 #include <algorithm>
-#include <cstdio>
 #include <memory>
 #include <vector>
 
@@ -128,7 +127,6 @@ int runSampleGif(const std::vector<std::string> &args) {
         }
         if (EGifCloseFile(gif, &error) != GIF_OK) throw CliError("cannot write " + file + ": " + GifErrorString(error));
     });
-    if (!isStandardStream(path)) std::printf("%s\n", path.c_str());
     return 0;
 }
 

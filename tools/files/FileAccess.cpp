@@ -1,6 +1,7 @@
 #include "FileAccess.h"
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -30,6 +31,28 @@ public:
         close(descriptor);
         paths_.push_back(pattern);
         return pattern;
+    }
+
+    // A hidden file in the directory of `path`, so that it can be renamed
+    // over `path`; it gets `mode` rather than mkstemp's 0600.
+    std::string createBeside(const std::string &path, mode_t mode) {
+        const std::filesystem::path target(path);
+        std::string hidden(".");
+        hidden.append(target.filename().string()).append(".tarvex-XXXXXX");
+        std::string pattern = (target.parent_path() / hidden).string();
+        const int descriptor = mkstemp(pattern.data());
+        if (descriptor < 0) throw CliError("cannot write " + path + ": " + std::strerror(errno));
+        const bool modeSet = fchmod(descriptor, mode) == 0;
+        close(descriptor);
+        paths_.push_back(pattern);
+        if (!modeSet) throw CliError("cannot write " + path + ": " + std::strerror(errno));
+        return pattern;
+    }
+
+    // Removes `path` now, or only forgets it once it was renamed away.
+    void drop(const std::string &path, bool remove) {
+        if (remove) std::remove(path.c_str());
+        std::erase(paths_, path);
     }
 
 private:
@@ -91,8 +114,57 @@ std::string namingStandardInput(std::string message) {
     return message;
 }
 
+namespace {
+
+// The mode a file written to `path` gets: that of the file it replaces, else
+// what creating it would give under the umask.
+mode_t modeFor(const std::string &path) {
+    struct stat existing {};
+    if (stat(path.c_str(), &existing) == 0) return existing.st_mode & 07777;
+    const mode_t mask = umask(0);
+    umask(mask);
+    return 0666 & ~mask;
+}
+
+std::string replacedAll(std::string text, const std::string &from, const std::string &to) {
+    for (std::size_t at = 0; (at = text.find(from, at)) != std::string::npos; at += to.size())
+        text.replace(at, from.size(), to);
+    return text;
+}
+
+// Writes a file beside `path` and renames it over `path` once it is
+// complete, so that a write that fails half way (a transparent colour that a
+// palette lacks, a full disk) leaves neither a broken file nor an earlier
+// one destroyed.
+void replaceFile(const std::string &path, const std::function<void(const std::string &)> &write) {
+    const std::string temporary = temporaryFiles().createBeside(path, modeFor(path));
+    try {
+        write(temporary);
+    } catch (const CliError &error) {
+        temporaryFiles().drop(temporary, true);
+        throw CliError(replacedAll(error.what(), temporary, path), error.exitStatus);
+    } catch (...) {
+        temporaryFiles().drop(temporary, true);
+        throw;
+    }
+    if (std::rename(temporary.c_str(), path.c_str()) != 0) {
+        const std::string reason = std::strerror(errno);
+        temporaryFiles().drop(temporary, true);
+        throw CliError("cannot write " + path + ": " + reason);
+    }
+    temporaryFiles().drop(temporary, false);
+}
+
+}  // namespace
+
 void writeOutput(const std::string &path, const std::function<void(const std::string &)> &write) {
-    if (!isStandardStream(path)) return write(path);
+    if (!isStandardStream(path)) {
+        // A device, a pipe or a symbolic link is written through, as it stands.
+        std::error_code error;
+        const std::filesystem::file_status status = std::filesystem::symlink_status(path, error);
+        if (std::filesystem::exists(status) && !std::filesystem::is_regular_file(status)) return write(path);
+        return replaceFile(path, write);
+    }
     const std::string temporary = temporaryFiles().create();
     write(temporary);
     std::FILE *file = std::fopen(temporary.c_str(), "rb");

@@ -22,8 +22,10 @@ std::string readablePath(const std::string &path);
 // input": users gave "-", and the copy is gone once the tool exits.
 std::string namingStandardInput(std::string message);
 
-// Runs `write` on the path itself, or for "-" on a temporary file that is then
-// copied to standard output: the plug-in's writers take file names only.
+// Runs `write` on a temporary file that then takes the place of `path`, or
+// for "-" is copied to standard output: the plug-in's writers take file
+// names only, and a failed write must not leave a truncated file behind.
+// Devices, pipes and symbolic links are written through directly.
 void writeOutput(const std::string &path, const std::function<void(const std::string &)> &write);
 
 }  // namespace tarvex_cli

@@ -45,7 +45,8 @@ void writeImage(MImage image, const std::string &path) {
     GifSettings settings;
     settings.dither = "None";
     settings.loops = 1;
-    writeIndexedGif(indexedFramesOf(image, path), settings, path);
+    const IndexedFrames frames = indexedFramesOf(image, path);
+    writeOutput(path, [&](const std::string &file) { writeIndexedGif(frames, settings, file); });
 }
 
 }  // namespace tarvex_cli
