@@ -1,5 +1,6 @@
 // The dither and sample-image commands as users run them.
 #include <cstring>
+#include <filesystem>
 #include <fstream>
 #include <string>
 #include <vector>
@@ -77,6 +78,15 @@ TEST_F(DitherCommand, RealSamplesThroughRawFiles) {
     std::vector<float> mapped(ramp.size());
     std::memcpy(mapped.data(), out.data(), out.size());
     EXPECT_EQ(mapped, (std::vector<float>{0, 0, 0, 1, 1, 1}));
+
+    // Raw samples never go into a file whose name promises a picture.
+    for (const char *name : {"out.png", "OUT.GIF"}) {
+        expectToolMessage(runTool({"dither", path("ramp.raw"), "--layout", layout, "-o", path(name), "--palette", "0;1"}),
+                          2, "with --layout the output is raw samples");
+        expectToolMessage(runTool({"quantize", path("ramp.raw"), "--layout", layout, "-o", path(name)}), 2,
+                          "with --layout the output is raw samples");
+        EXPECT_FALSE(std::filesystem::exists(path(name))) << name;
+    }
 }
 
 TEST_F(DitherCommand, RefusesWhatCannotBeDithered) {

@@ -26,7 +26,15 @@ MImage readCommandImage(const ImageLocation &location) {
 }
 
 void checkOutputName(const std::string &command, const ImageLocation &location) {
-    if (!location.layout) imageFormatFor(command, location.path);
+    if (!location.layout) {
+        imageFormatFor(command, location.path);
+        return;
+    }
+    // Raw samples in a file called .png or .gif would pass for a picture.
+    const std::string extension = lowerCaseExtension(location.path);
+    if (extension == ".png" || extension == ".gif")
+        throw usageError(command + ": with --layout the output is raw samples, not a picture; name it other than " +
+                         location.path + " (out.raw)");
 }
 
 void writeCommandImage(MImage image, const ImageLocation &location) {
