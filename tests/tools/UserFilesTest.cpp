@@ -83,7 +83,7 @@ TEST_F(UserFiles, DashIsStandardInputAndOutput) {
     expectToolMessage(runTool({"info", "-"}, PluginArgument::Added, "GIF89a"), 1,
                       "tarvex: standard input: not a GIF file that can be decoded");
     expectToolMessage(runTool({"colors", "-"}, PluginArgument::Added, gif.out), 1,
-                      "tarvex: standard input: not a readable PNG file");
+                      "tarvex: standard input: a GIF file; give a PNG or JPEG picture here");
 }
 
 TEST_F(UserFiles, FailuresKeepTheirReason) {

@@ -165,6 +165,10 @@ MImage readImageFile(const std::string &argument) {
         if (std::fread(magic, 1, sizeof magic, file.get()) != sizeof magic) return readPng(path);
     }
     const bool jpeg = magic[0] == 0xFF && magic[1] == 0xD8 && magic[2] == 0xFF;
+    // Otherwise a GIF file would be reported as a PNG file with a bad signature.
+    if (std::memcmp(magic, "GIF", 3) == 0)
+        throw CliError(path + ": a GIF file; give a PNG or JPEG picture here "
+                              "(tarvex frames writes a GIF's frames as PNG)");
     return jpeg ? readJpeg(path) : readPng(path);
 }
 
