@@ -1,4 +1,5 @@
 // `tarvex quantize` and `tarvex colors` over the quantization exports.
+#include <filesystem>
 #include <fstream>
 #include <set>
 #include <string>
@@ -106,6 +107,19 @@ TEST_F(QuantizeCommand, PaletteAndIndicesAgreeWithTheRedrawnImage) {
     }
 }
 
+// "-" is standard output for the indices as for every other output: no
+// file called "-" appears.
+TEST_F(QuantizeCommand, IndicesGoToStandardOutput) {
+    const std::string in = picture(3);
+    ASSERT_EQ(quantize(in, {"-o", path("q.png"), "--colors", "10", "--indices-out", path("i.raw")}).status, 0);
+    const ProgramRun run = quantize(in, {"-o", path("q.png"), "--colors", "10", "--indices-out", "-"});
+    ASSERT_EQ(run.status, 0) << run.err;
+    EXPECT_EQ(run.out, fileContents(path("i.raw")));
+    EXPECT_EQ(run.out.size(), 48u * 32u);
+    EXPECT_NE(run.err.find("indices on standard output, uint8 elements, dims=1x32x48"), std::string::npos) << run.err;
+    EXPECT_FALSE(std::filesystem::exists("-"));
+}
+
 TEST_F(QuantizeCommand, AnImageOfFewColoursComesBackAsItIs) {
     const std::string in = writeTestPng(path("two.png"), 6, 6, 3, 8, [](int i, int k) { return i % 2 ? 250 : k * 9; });
     const ProgramRun run = quantize(in, {"-o", path("q.gif"), "--colors", "4"});
@@ -129,6 +143,8 @@ TEST_F(QuantizeCommand, RefusalsOfTheCommandLine) {
         {{"quantize", in, "-o", path("q.png"), "--dither", "fs"}, "--dither is none, floyd-steinberg"},
         {{"quantize", in, "-o", path("q.png"), "--colors", "4", "--colors", "8"}, "--colors is given more than once"},
         {{"quantize", in, in, "-o", path("q.png")}, "quantize: give one input image, not 2"},
+        {{"quantize", in, "-o", "-", "--palette-out", "-"}, "only one of -o, --palette-out and --indices-out can be -"},
+        {{"quantize", in, "-o", path("q.png"), "--palette-out", "-", "--indices-out", "-"}, "can be - (standard output)"},
         {{"colors", in, "--json"}, "colors: unknown option --json"},
         {{"colors"}, "colors: give one image"},
     };

@@ -19,6 +19,8 @@
 #include "PaletteText.h"
 #include "Progress.h"
 #include "ResultFiles.h"
+#include "ResultText.h"
+#include "TypeNames.h"
 #include "refhost/refhost.hpp"
 
 namespace tarvex_cli {
@@ -47,6 +49,7 @@ back as it is.
   --indices-out FILE    also write every pixel's palette index
                         (ImageQuantize): a grey PNG for FILE.png (8-bit up to
                         256 colours, else 16-bit), otherwise the raw elements
+                        (- for standard output; at most one output can be -)
   --layout LAYOUT       IN is a raw sample file of this layout (how 32-bit and
                         64-bit real images travel), and OUT is written as one
 
@@ -87,6 +90,11 @@ QuantizeOptions parseOptions(const std::vector<std::string> &args) {
     options.paletteOut = parsed.value("--palette-out").value_or("");
     options.indicesOut = parsed.value("--indices-out").value_or("");
     checkOutputName("quantize", options.output);
+    // Two files on one stream could not be told apart again.
+    const int onStandardOutput = int(isStandardStream(options.output.path)) +
+                                 int(isStandardStream(options.paletteOut)) + int(isStandardStream(options.indicesOut));
+    if (onStandardOutput > 1)
+        throw usageError("quantize: only one of -o, --palette-out and --indices-out can be - (standard output)");
     if (!layout && imageFormatFor("quantize", options.output.path) == ImageFormat::Gif && s.colors > 256)
         throw usageError("quantize: a GIF file holds at most 256 colours; give --colors 256 or fewer, or write PNG");
     return options;
@@ -119,6 +127,16 @@ void writeExtras(MImage image, const QuantizeOptions &options) {
         const rh::RawArray indices(quantizeImage(image, options.settings, false));
         if (lowerCaseExtension(options.indicesOut) == ".png") {
             writeIndexPng(indices.get(), options.indicesOut);
+        } else if (isStandardStream(options.indicesOut)) {
+            writeOutput(options.indicesOut, [&](const std::string &file) { saveRawArray(indices.get(), file); });
+            if (!isQuiet()) {
+                const QuorbelRawArrayFunctions arrays = hostTable()->rawArrayFunctions;
+                std::string dimensions;
+                for (mint extent : rawArrayDimensions(indices.get()))
+                    dimensions.append(dimensions.empty() ? "" : "x").append(std::to_string(extent));
+                std::fprintf(stderr, "tarvex quantize: indices on standard output, %s elements, dims=%s\n",
+                             rawElementType(arrays->getType(indices.get())).shortName, dimensions.c_str());
+            }
         } else {
             const std::string saved = saveRawArray(indices.get(), options.indicesOut);
             if (!isQuiet()) std::fprintf(stderr, "tarvex quantize: indices in %s\n", saved.c_str());
