@@ -34,14 +34,15 @@ public:
     }
 
     // A hidden file in the directory of `path`, so that it can be renamed
-    // over `path`; it gets `mode` rather than mkstemp's 0600.
-    std::string createBeside(const std::string &path, mode_t mode) {
+    // over `path`; it gets `mode` rather than mkstemp's 0600. Nothing when
+    // the directory takes no new file.
+    std::optional<std::string> createBeside(const std::string &path, mode_t mode) {
         const std::filesystem::path target(path);
         std::string hidden(".");
         hidden.append(target.filename().string()).append(".tarvex-XXXXXX");
         std::string pattern = (target.parent_path() / hidden).string();
         const int descriptor = mkstemp(pattern.data());
-        if (descriptor < 0) throw CliError("cannot write " + path + ": " + std::strerror(errno));
+        if (descriptor < 0) return std::nullopt;
         const bool modeSet = fchmod(descriptor, mode) == 0;
         close(descriptor);
         paths_.push_back(pattern);
@@ -137,7 +138,10 @@ std::string replacedAll(std::string text, const std::string &from, const std::st
 // palette lacks, a full disk) leaves neither a broken file nor an earlier
 // one destroyed.
 void replaceFile(const std::string &path, const std::function<void(const std::string &)> &write) {
-    const std::string temporary = temporaryFiles().createBeside(path, modeFor(path));
+    const std::optional<std::string> beside = temporaryFiles().createBeside(path, modeFor(path));
+    // A writable file in a directory that takes no new one is written in place.
+    if (!beside) return write(path);
+    const std::string &temporary = *beside;
     try {
         write(temporary);
     } catch (const CliError &error) {
