@@ -26,6 +26,7 @@ TEST(Options, ValuesFollowAsTheNextWordOrAfterEquals) {
     EXPECT_EQ(parsed.values("--comment"), (std::vector<std::string>{"a", "b"}));
     EXPECT_EQ(parsed.operands(), (std::vector<std::string>{"in.png", "-", "-12", "--frame"}));
     EXPECT_EQ(readOptions("cmd", {"--output="}, kRules).value("--output"), "");
+    EXPECT_EQ(read({"-oout.png"}).value("--output"), "out.png");
     EXPECT_FALSE(read({"x"}).has("--output"));
 }
 
@@ -42,6 +43,8 @@ TEST(Options, RefusalsNameTheCommandAndTheOption) {
         {{"--json"}, "cmd: unknown option --json"},
         {{"--json=1"}, "cmd: unknown option --json"},
         {{"-x"}, "cmd: unknown option -x"},
+        {{"-qx"}, "cmd: unknown option -qx"},
+        {{"-oa", "-ob"}, "cmd: --output is given more than once"},
         {{"--frame", "1", "--frame", "2"}, "cmd: --frame is given more than once"},
         {{"-o", "a", "--output=b"}, "cmd: --output is given more than once"},
         {{"--frame"}, "cmd: --frame needs a value"},

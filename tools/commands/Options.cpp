@@ -53,12 +53,20 @@ private:
         const std::size_t equals = word.starts_with("--") ? word.find('=') : std::string::npos;
         const std::string name = word.substr(0, equals);
         const OptionRule *rule = findRule(rules_, name);
+        std::optional<std::string> attached;  // -oout.png
+        if (rule == nullptr && !word.starts_with("--") && word.size() > 2) {
+            rule = findRule(rules_, word.substr(0, 2));
+            if (rule != nullptr && rule->takesValue) attached = word.substr(2);
+            else rule = nullptr;
+        }
         if (rule == nullptr) throw refusal(command_, "unknown option " + name);
         if (!rule->repeatable && parsed_.has(rule->name))
             throw refusal(command_, std::string(rule->name) + " is given more than once");
         if (!rule->takesValue) {
             if (equals != std::string::npos) throw refusal(command_, name + " takes no value");
             parsed_.add(rule->name, "");
+        } else if (attached) {
+            parsed_.add(rule->name, *attached);
         } else if (equals != std::string::npos) {
             parsed_.add(rule->name, word.substr(equals + 1));
         } else if (next_ < words_.size()) {
