@@ -55,6 +55,9 @@ TEST_F(UserFiles, TheOutputNameChoosesTheFormat) {
         expectToolMessage(runTool(args), 2, "the tool writes PNG (.png) and GIF (.gif) files");
         EXPECT_FALSE(std::filesystem::exists(path("out.jpg")));
     }
+    // A device's name says nothing of the format: it gets what "-" gets.
+    EXPECT_EQ(runTool({"quantize", in, "-o", "/dev/null"}).status, 0);
+    EXPECT_EQ(runTool({"gif", "-o", "/dev/null", in}).status, 0);
     expectToolMessage(runTool({"quantize", in, "-o", path("many.gif"), "--colors", "257"}), 2, "at most 256 colours");
     expectToolMessage(runTool({"gif", "-o", path("anim.png"), in}), 2, "gif: writes GIF files");
     expectToolMessage(runTool({"sample-gif", path("anim.png")}), 2, "sample-gif: writes a GIF file");

@@ -141,7 +141,7 @@ GifOptions parseOptions(const std::vector<std::string> &args) {
         o.disposals = numberList("--disposal", *disposals, isDisposal, "modes 0 to 3");
     if (options.output.empty()) throw usageError("gif: give the file to write with -o");
     if (options.inputs.empty()) throw usageError("gif: give at least one input picture");
-    if (!isStandardStream(options.output) && imageFormatFor("gif", options.output) != ImageFormat::Gif)
+    if (!isStreamTarget(options.output) && imageFormatFor("gif", options.output) != ImageFormat::Gif)
         throw usageError("gif: writes GIF files; name the output FILE.gif");
     return options;
 }
@@ -212,10 +212,11 @@ int runGif(const std::vector<std::string> &args) {
             const rh::Image image(frameImage(frames));
             writeImageGif(image.get(), o.settings, file);
         }
-        bytes = std::filesystem::file_size(file);
+        std::error_code unsized;  // a device has no size
+        bytes = std::filesystem::file_size(file, unsized);
     });
     const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-    if (!isQuiet() && !isStandardStream(o.output))
+    if (!isQuiet() && !isStreamTarget(o.output))
         std::printf("%s: %lld %s of %lldx%lld, %llu bytes, %.2f s\n", o.output.c_str(),
                     static_cast<long long>(frames.count()), frames.count() == 1 ? "frame" : "frames",
                     static_cast<long long>(frames.width), static_cast<long long>(frames.height),

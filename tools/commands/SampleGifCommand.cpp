@@ -113,7 +113,7 @@ void writeSample(GifFileType *gif, const std::string &path) {
 int runSampleGif(const std::vector<std::string> &args) {
     const ParsedOptions parsed = readOptions("sample-gif", args, {{"--output", "-o", true}});
     const std::string path = outputFile("sample-gif", parsed);
-    if (!isStandardStream(path) && imageFormatFor("sample-gif", path) != ImageFormat::Gif)
+    if (!isStreamTarget(path) && imageFormatFor("sample-gif", path) != ImageFormat::Gif)
         throw usageError("sample-gif: writes a GIF file; name it FILE.gif");
     writeOutput(path, [](const std::string &file) {
         int error = 0;

@@ -107,6 +107,13 @@ std::string readablePath(const std::string &path) {
     return path;
 }
 
+bool isStreamTarget(const std::string &path) {
+    if (isStandardStream(path)) return true;
+    std::error_code error;
+    const std::filesystem::file_status status = std::filesystem::status(path, error);
+    return std::filesystem::is_character_file(status) || std::filesystem::is_fifo(status);
+}
+
 std::string namingStandardInput(std::string message) {
     const std::optional<std::string> &copy = copyOfStandardInput();
     if (!copy) return message;

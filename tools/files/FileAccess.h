@@ -9,6 +9,10 @@ namespace tarvex_cli {
 // where one is written.
 inline bool isStandardStream(const std::string &path) { return path == "-"; }
 
+// Standard output, or a device or pipe such as /dev/null: a stream whose
+// name says nothing of the format written to it.
+bool isStreamTarget(const std::string &path);
+
 // Throws a CliError that keeps the reason when a file cannot be read:
 // "X: is a directory", "cannot open X: No such file or directory", ...
 void checkReadable(const std::string &path);

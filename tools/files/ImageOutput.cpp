@@ -14,7 +14,7 @@ namespace tarvex_cli {
 namespace {
 
 std::optional<ImageFormat> formatOf(const std::string &path) {
-    if (isStandardStream(path)) return ImageFormat::Png;
+    if (isStreamTarget(path)) return ImageFormat::Png;
     const std::string extension = lowerCaseExtension(path);
     if (extension == ".png") return ImageFormat::Png;
     if (extension == ".gif") return ImageFormat::Gif;
