@@ -106,6 +106,24 @@ TEST_F(GifCommandTest, WritesIndicesAgainstTheGivenPalette) {
     for (std::uint32_t c : written.colors) EXPECT_TRUE(c == 0 || c == 0xFFFFFF || c == 0xFF0000) << c;
 }
 
+TEST_F(GifCommandTest, ABackgroundTheFileCannotHoldIsWarnedOf) {
+    const std::string a = png("a.png", 6, 4, 3, 1), b = jpeg("b.jpg", 6, 4, 3);
+    const auto warning = [&](std::vector<std::string> args) {
+        const tarvex_test::ProgramRun run = tarvex_test::runTool(args);
+        EXPECT_EQ(run.status, 0) << run.err;
+        return run.err;
+    };
+    EXPECT_EQ(warning({"gif", "-o", path("kept.gif"), a, "--palette", "#000000,#ff0000", "--background", "#ff0000"}),
+              "");
+    EXPECT_NE(warning({"gif", "-o", path("white.gif"), a, "--palette", "#000000,#ffffff", "--background", "1,2,3"})
+                  .find("--background is not in the shared palette; the screen's background is 255,255,255"),
+              std::string::npos);
+    const std::string none = warning({"gif", "-o", path("none.gif"), a, b, "--background", "#ff0000"});
+    EXPECT_NE(none.find("the screen has no background: the frames have palettes of their own"), std::string::npos)
+        << none;
+    EXPECT_EQ(warning({"gif", "-q", "-o", path("quiet.gif"), a, b, "--background", "#ff0000"}), "");
+}
+
 TEST_F(GifCommandTest, DelaysMustFitTheFilesSixteenBits) {
     const std::string a = png("a.png", 6, 4, 3, 1);
     ASSERT_EQ(run({"-o", path("slow.gif"), a, "--delay", "655.35"}), 0);

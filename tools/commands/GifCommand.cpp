@@ -13,6 +13,7 @@
 #include "PaletteFiles.h"
 #include "Escapes.h"
 #include "FileAccess.h"
+#include "GifFacts.h"
 #include "GifFrameInputs.h"
 #include "GifWriter.h"
 #include "HostTable.h"
@@ -42,7 +43,8 @@ reduced to 256 colours each; grey frames share one map of their levels.
                          floyd-steinberg)
   --interlace            store the rows interlaced
   --comment TEXT         a comment block; may be given more than once
-  --background COLOR     the screen's background colour
+  --background COLOR     the screen's background colour (warned of when the
+                         frames share no palette that holds it)
   --transparent COLOR    the colour shown as transparent, in every frame
   --disposal D[,D...]    0 unspecified, 1 leave, 2 restore to background,
                          3 restore to previous: one for all, or one per frame
@@ -191,6 +193,27 @@ void writeWithPalette(FrameSequence &frames, const GifOptions &o, const std::str
     writeIndexedGif(indexed, o.settings, file);
 }
 
+// The screen holds a background colour only when every frame shares one
+// palette; the export then takes white, black or the first entry when the
+// colour is not in it. Users are told rather than left to find it out.
+void warnIfBackgroundLost(const std::vector<double> &wanted, const std::string &file) {
+    if (wanted.empty() || isQuiet()) return;
+    std::optional<std::vector<int>> written;
+    try {
+        written = rgbBytes(ruleValue(askGifReader("ReadFileMetadata", file).get(), "Background"));
+    } catch (const CliError &) {
+        return;  // a device, which cannot be read back
+    }
+    std::vector<int> rgb(wanted.begin(), wanted.end());
+    if (rgb.size() == 1) rgb.assign(3, rgb[0]);
+    if (written == rgb) return;
+    const std::string instead =
+        written ? "the screen's background is " + std::to_string((*written)[0]) + "," + std::to_string((*written)[1]) +
+                      "," + std::to_string((*written)[2])
+                : "the screen has no background: the frames have palettes of their own";
+    std::fprintf(stderr, "tarvex: gif: warning: --background is not in the shared palette; %s\n", instead.c_str());
+}
+
 int runGif(const std::vector<std::string> &args) {
     const auto start = std::chrono::steady_clock::now();
     const GifOptions o = parseOptions(args);
@@ -214,6 +237,7 @@ int runGif(const std::vector<std::string> &args) {
         }
         std::error_code unsized;  // a device has no size
         bytes = std::filesystem::file_size(file, unsized);
+        warnIfBackgroundLost(o.settings.background, file);
     });
     const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
     if (!isQuiet() && !isStreamTarget(o.output))
