@@ -55,6 +55,22 @@ TEST_F(QuantizeCommand, EveryMethodStaysWithinTheColoursAskedFor) {
         }
 }
 
+// Wu's four-channel table at 6 bits takes 860 MB whatever the picture, so
+// the default there is 5; every other case keeps 6.
+TEST_F(QuantizeCommand, DefaultBitsAreFiveOnlyForWuOnFourChannels) {
+    const auto sameAs = [&](const std::string &in, const std::string &method, const char *bits) {
+        EXPECT_EQ(quantize(in, {"-o", path("default.png"), "--colors", "16", "--method", method}).status, 0);
+        EXPECT_EQ(quantize(in, {"-o", path("given.png"), "--colors", "16", "--method", method, "--bits", bits}).status,
+                  0);
+        return readTestPng(path("default.png")).samples == readTestPng(path("given.png")).samples;
+    };
+    const std::string rgba = picture(4, 8, true), rgb = picture(3);
+    EXPECT_TRUE(sameAs(rgba, "wu", "5"));  // and not as 6, which costs the 860 MB
+    EXPECT_TRUE(sameAs(rgba, "median-cut", "6"));
+    EXPECT_TRUE(sameAs(rgb, "wu", "6"));
+    EXPECT_FALSE(sameAs(rgb, "wu", "5"));
+}
+
 // Sample depth and channels as the file has them; alpha is an ordinary
 // channel. `colors` counts as an independent count does, both ways.
 TEST_F(QuantizeCommand, KeepsTheFilesDepthAndChannels) {

@@ -3,6 +3,7 @@
 #include <vector>
 
 #include "Command.h"
+#include "HostTable.h"
 
 namespace tarvex_cli {
 namespace {
@@ -32,10 +33,16 @@ RhValue call(const char *name, std::vector<RhValue> args, RhKind resultKind) {
 
 }  // namespace
 
+long long bitsFor(MImage image, const QuantizeSettings &s) {
+    if (s.bits) return *s.bits;
+    const bool wu = s.method == 2;
+    return wu && hostTable()->imageFunctions->getChannels(image) == 4 ? 5 : 6;
+}
+
 QuantizedImage quantizedImage(MImage image, const QuantizeSettings &s) {
     const RhValue result = call("GetQuantizedImage",
                                 {{RH_IMAGE, {.image = image}, 0}, integer(s.colors), string(s.dither),
-                                 integer(s.method), integer(s.bits)},
+                                 integer(s.method), integer(bitsFor(image, s))},
                                 RH_IMAGE);
     QuantizedImage quantized;
     quantized.image = result.value.image;
@@ -47,7 +54,7 @@ QuantizedImage quantizedImage(MImage image, const QuantizeSettings &s) {
 MRawArray quantizeImage(MImage image, const QuantizeSettings &s, bool paletteOnly) {
     return call("ImageQuantize",
                 {{RH_IMAGE, {.image = image}, 0}, integer(s.colors), string(s.dither), boolean(paletteOnly),
-                 integer(s.method), integer(s.bits)},
+                 integer(s.method), integer(bitsFor(image, s))},
                 RH_RAW_ARRAY)
         .value.rawArray;
 }

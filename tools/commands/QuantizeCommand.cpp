@@ -43,7 +43,8 @@ back as it is.
   --dither D            floyd-steinberg (the default) or none; also
                         FloydSteinberg, None
   --bits B              the method's precision, 2 to 8 bits a channel
-                        (default 6; 1-bit images ignore it)
+                        (default 6, but 5 for wu on four channels; 1-bit
+                        images ignore it)
   --palette-out FILE    also write the palette (ImageQuantize), one colour a
                         line, in the form --palette reads back
   --indices-out FILE    also write every pixel's palette index
