@@ -118,11 +118,17 @@ void FrameCompositor::noteDrawing(const Decoder &decoder) {
     drawnSinceSnapshot_ = 0;
     // A replay from an earlier snapshot meets the later ones again.
     if (!snapshots_.empty() && snapshots_.back().drawnCount >= drawnCount_) return;
-    if (!fitsDecodeBudget((canvas_.size() + saved_.size()) * sizeof(PackedColor))) return;
+    if (!fitsSpareDecodeBudget((canvas_.size() + saved_.size()) * sizeof(PackedColor))) return;
     try {
         snapshots_.push_back(Snapshot{drawnCount_, canvas_, saved_});
     } catch (const std::bad_alloc &) {
     }
+}
+
+bool FrameCompositor::dropSnapshots() {
+    if (snapshots_.empty()) return false;
+    snapshots_ = std::vector<Snapshot>();
+    return true;
 }
 
 // The snapshots stay: they serve reading backwards from the last frame.

@@ -39,6 +39,10 @@ public:
     // would hold a whole screen for it.
     void release();
 
+    // Frees the snapshots; false when there were none. Later replays may
+    // take new ones.
+    bool dropSnapshots();
+
     // Memory the compositor holds between calls.
     std::size_t heldBytes() const;
     // Whether the next picture needs a canvas to be allocated.

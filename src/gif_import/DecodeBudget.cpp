@@ -11,9 +11,13 @@ std::uint64_t decodeBudget() {
     return OstrelUtils::memoryBudget();
 }
 
-bool fitsDecodeBudget(std::uint64_t bytes) {
+bool fitsSpareDecodeBudget(std::uint64_t bytes) {
     const std::uint64_t budget = decodeBudget(), held = bytesHeldByDecoders();
     return held <= budget && bytes <= budget - held;
+}
+
+bool fitsDecodeBudget(std::uint64_t bytes) {
+    return fitsSpareDecodeBudget(bytes) || (dropAllSnapshots() && fitsSpareDecodeBudget(bytes));
 }
 
 }  // namespace GifImport

@@ -10,6 +10,12 @@ namespace GifImport {
 std::uint64_t decodeBudget();
 
 // Whether `bytes` more fit in the budget beside what the cached decoders hold.
+// Canvas snapshots are given back first when they are in the way: they only
+// save drawing, and must never turn an answer away.
 bool fitsDecodeBudget(std::uint64_t bytes);
+
+// Whether `bytes` more fit beside everything held, snapshots included; for
+// taking another snapshot.
+bool fitsSpareDecodeBudget(std::uint64_t bytes);
 
 }  // namespace GifImport

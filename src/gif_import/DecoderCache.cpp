@@ -55,4 +55,10 @@ std::uint64_t bytesHeldByDecoders() {
     return bytes;
 }
 
+bool dropAllSnapshots() {
+    bool dropped = false;
+    for (const auto &entry : cache()) dropped = entry.second->compositor.dropSnapshots() || dropped;
+    return dropped;
+}
+
 }  // namespace GifImport

@@ -27,4 +27,7 @@ std::size_t cachedDecoderCount();
 // The memory that every cached decoder holds.
 std::uint64_t bytesHeldByDecoders();
 
+// Frees the canvas snapshots of every cached decoder; false when there were none.
+bool dropAllSnapshots();
+
 }  // namespace GifImport

@@ -89,6 +89,35 @@ TEST_F(DecodeMemory, CachedFilesAndTheAnswerImageShareTheBudget) {
     EXPECT_TRUE(isCached(second));
 }
 
+// Snapshots of a replay take only what is spare: whatever the budget let
+// through without them, a frame or another file, it still lets through.
+TEST_F(DecodeMemory, CanvasSnapshotsNeverTurnAnAnswerAway) {
+    // Forty 20 x 20 frames kept on show: 16,000 bytes of rasters, 32 of
+    // palette and a 1,600-byte canvas; a snapshot after every four frames.
+    GifBuilder builder(20, 20, kEight);
+    for (int frame = 0; frame < 40; ++frame) builder.control(1).solid(0, 0, 20, 20, std::uint8_t(frame % 8));
+    const std::string path = builder.write("forty.gif");
+    const std::string other = GifBuilder(10, 10, kEight).solid(0, 0, 10, 10, 2).write("other.gif");
+    const std::uint64_t held = 16'000 + 32 + 1'600;
+    // Room for one picture of 1,200 bytes and a little more, enough for one
+    // snapshot of 1,600.
+    ScopedDecodeBudget budget(held + 1'600);
+    const auto topRow = [&](long frame) {
+        const Picture picture = readOneFrame(path, frame);
+        return picture.code == 0 ? picture.rows()[0] : "code " + std::to_string(picture.code);
+    };
+    const auto solidRow = [](long frame) { return std::string(20, "KRGBWYCM"[(frame - 1) % 8]); };
+    // 29 replays from the start and keeps a snapshot; each later one needs
+    // room for its picture.
+    for (long frame : {33, 29, 27, 25, 1, 30, 26})
+        EXPECT_EQ(topRow(frame), solidRow(frame)) << "frame " << frame;
+    EXPECT_TRUE(isCached(path));
+    // 100 bytes of raster and a 400-byte canvas fit beside the cached file.
+    EXPECT_EQ(readOneFrame(path, 29).code, 0);
+    EXPECT_EQ(readOneFrame(path, 21).code, 0);
+    EXPECT_EQ(metadataCode(other), 0);
+}
+
 long openDescriptors() {
     std::error_code error;
     const std::filesystem::directory_iterator entries("/proc/self/fd", error);
