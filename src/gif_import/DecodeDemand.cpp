@@ -14,15 +14,19 @@ constexpr std::uint8_t kColorTableFlag = 0x80;
 
 class BlockReader {
 public:
-    // With `taken`, every byte read is kept there too.
-    BlockReader(std::FILE *file, std::vector<std::uint8_t> *taken) : file_(file), taken_(taken) {}
+    // With `taken`, every byte read is kept there too, until more than
+    // `limit` are kept.
+    BlockReader(std::FILE *file, std::vector<std::uint8_t> *taken, std::uint64_t limit)
+        : file_(file), taken_(taken), limit_(limit) {}
 
     bool read(std::uint8_t *bytes, std::size_t count) {
+        if (full()) return false;
         const std::size_t got = std::fread(bytes, 1, count, file_);
         if (taken_ != nullptr) taken_->insert(taken_->end(), bytes, bytes + got);
         return got == count;
     }
     int byte() {
+        if (full()) return EOF;
         const int value = std::fgetc(file_);
         if (taken_ != nullptr && value != EOF) taken_->push_back(static_cast<std::uint8_t>(value));
         return value;
@@ -51,8 +55,11 @@ public:
     }
 
 private:
+    bool full() const { return taken_ != nullptr && taken_->size() > limit_; }
+
     std::FILE *file_;
     std::vector<std::uint8_t> *taken_;
+    std::uint64_t limit_;
 };
 
 std::uint32_t word(const std::uint8_t *bytes) { return bytes[0] | (std::uint32_t{bytes[1]} << 8); }
@@ -94,14 +101,16 @@ std::uint64_t DecodeDemand::canvasBytes() const {
     return std::uint64_t{canvasWidth} * canvasHeight * sizeof(PackedColor);
 }
 
-DecodeDemand measureDecodeDemand(std::FILE *file, std::vector<std::uint8_t> &taken) {
+DecodeDemand measureDecodeDemand(std::FILE *file, std::vector<std::uint8_t> &taken,
+                                 std::uint64_t keepLimit) {
     taken.clear();
     // Where the stream cannot seek, what was read is gone from it.
     const bool rewindable = std::fseek(file, 0, SEEK_CUR) == 0;
     DecodeDemand demand;
-    BlockReader reader(file, rewindable ? nullptr : &taken);
+    BlockReader reader(file, rewindable ? nullptr : &taken, keepLimit);
     measureBlocks(reader, demand);
     if (rewindable) std::rewind(file);
+    demand.keptBytes = taken.size();
     return demand;
 }
 

@@ -44,10 +44,11 @@ GifHandle openGif(GifSource &source) {
 }
 
 // A few bytes of file can declare a 65535 x 65535 screen or thousands of
-// large images. A file whose rasters and canvas would not fit beside the
-// files already cached reads as undecodable instead of taking the process down.
+// large images, and a pipe may never end. A file whose rasters and canvas,
+// and the bytes kept of a pipe, would not fit beside the files already cached
+// reads as undecodable instead of taking the process down.
 bool demandFits(GifSource &source) {
-    return fitsDecodeBudget(measureDecodeDemand(source.file, source.taken).totalBytes());
+    return fitsDecodeBudget(measureDecodeDemand(source.file, source.taken, decodeBudget()).totalBytes());
 }
 
 }  // namespace

@@ -102,6 +102,24 @@ TEST_F(Robustness, AFileThatCannotBeRewoundDecodesAndIsStillMeasured) {
     const PipedFile huge(std::vector<std::uint8_t>(hugeBytes.begin(), hugeBytes.end()));
     EXPECT_EQ(readOneFrame(huge.path(), 1).code, -3);
 }
+
+// Each byte of a pipe is kept until giflib has read it again, and a pipe need
+// never end: what is kept counts in the budget, and measuring stops past it.
+TEST_F(Robustness, TheBytesKeptOfAPipeCountInTheBudget) {
+    // 4 bytes of raster and a 16-byte canvas behind 50,000 bytes of application data.
+    const std::vector<std::string> data(200, std::string(250, 'a'));
+    const std::vector<std::uint8_t> bytes =
+        RawGif(2, 2, {kRed, kGreen}).application("LONGDATA", data).image(0, 0, 2, 2, {0, 1, 1, 0}).bytes();
+    {
+        ScopedDecodeBudget budget(20'000);
+        const PipedFile piped(bytes);
+        EXPECT_EQ(readOneFrame(piped.path(), 1).code, -3);
+    }
+    ScopedDecodeBudget budget(100'000);
+    const PipedFile piped(bytes);
+    EXPECT_EQ(readOneFrame(piped.path(), 1).rows(), (std::vector<std::string>{"RG", "GR"}));
+    clearCache(piped.path());
+}
 #endif
 
 TEST_F(Robustness, FilesWithoutUsableFramesReportNoFrames) {
