@@ -102,15 +102,24 @@ void countingRelease(char *s) {
     std::free(s);
 }
 
-TEST_F(ArgumentLayer, StringIsCopiedOnceAndGivenBackOnce) {
+// One kernel string as an argument, under a table that counts its release.
+struct CountedString {
     st_QuorbelLibraryData table = *rh_library_data(RH_TABLE_FULL);
-    table.releaseUTF8String = countingRelease;
-    setLibraryData(&table);
-    releases = 0;
-    char *text = strdup("caf\xc3\xa9");
+    char *text;
     MArgument arg{.utf8String = &text};
+
+    explicit CountedString(const char *value) : text(strdup(value)) {
+        table.releaseUTF8String = countingRelease;
+        setLibraryData(&table);
+        releases = 0;
+    }
+    CountedString(const CountedString &) = delete;
+};
+
+TEST_F(ArgumentLayer, StringIsCopiedOnceAndGivenBackOnce) {
+    CountedString string("caf\xc3\xa9");
     {
-        MArgumentManager manager(1, &arg, arg);
+        MArgumentManager manager(1, &string.arg, string.arg);
         const std::string &first = manager.getString(0);
         const std::string &second = manager.getString(0);
         EXPECT_EQ(first, "caf\xc3\xa9");
@@ -122,16 +131,11 @@ TEST_F(ArgumentLayer, StringIsCopiedOnceAndGivenBackOnce) {
 // Running out of memory while the manager is being made must not keep the
 // kernel's strings: no destructor would give them back.
 TEST_F(ArgumentLayer, StringsAreGivenBackWhenTheManagerCannotBeMade) {
-    st_QuorbelLibraryData table = *rh_library_data(RH_TABLE_FULL);
-    table.releaseUTF8String = countingRelease;
-    setLibraryData(&table);
-    releases = 0;
-    char *text = strdup("name.gif");
-    MArgument arg{.utf8String = &text};
+    CountedString string("name.gif");
     static constexpr unsigned kStrings[] = {0};
     // A count no string table fits in, standing for an allocation failure.
     const mint tooMany = std::numeric_limits<mint>::max() / 16;
-    EXPECT_ANY_THROW(MArgumentManager(tooMany, &arg, arg, kStrings));
+    EXPECT_ANY_THROW(MArgumentManager(tooMany, &string.arg, string.arg, kStrings));
     EXPECT_EQ(releases, 1);
 }
 
