@@ -3,11 +3,10 @@
 #include <algorithm>
 #include <array>
 #include <iterator>
+#include <new>
 
 #include "gif_import/DecodeBudget.h"
 #include "gif_import/Decoder.h"
-
-#include <new>
 
 namespace GifImport {
 namespace {
@@ -104,8 +103,16 @@ void FrameCompositor::resumeBefore(const Decoder &decoder, std::size_t index) {
     const Snapshot &nearest = *std::prev(after);
     canvas_ = nearest.canvas;
     saved_ = nearest.saved;
+    holdRestoreRoom(decoder);
     drawnCount_ = nearest.drawnCount;
     consistent_ = true;
+}
+
+// The restore buffer takes the largest rectangle at once, so that what the
+// compositor holds, and hence what the budget lets through, does not depend
+// on the order in which frames were asked for.
+void FrameCompositor::holdRestoreRoom(const Decoder &decoder) {
+    saved_.reserve(decoder.restorePreviousPixels);
 }
 
 // Snapshots are a shortcut only: one that does not fit the budget, or cannot
@@ -142,6 +149,7 @@ void FrameCompositor::release() {
 
 void FrameCompositor::restart(const Decoder &decoder) {
     canvas_.assign(decoder.canvasPixelCount, decoder.backgroundColor);
+    holdRestoreRoom(decoder);
     drawnCount_ = 0;
     consistent_ = true;
 }

@@ -45,7 +45,8 @@ public:
 
     // Memory the compositor holds between calls.
     std::size_t heldBytes() const;
-    // Whether the next picture needs a canvas to be allocated.
+    // Whether the next picture needs a canvas (and the restore buffer) to be
+    // allocated.
     bool hasCanvas() const { return !canvas_.empty(); }
 
 private:
@@ -57,6 +58,7 @@ private:
 
     void resumeBefore(const Decoder &decoder, std::size_t index);
     void restart(const Decoder &decoder);
+    void holdRestoreRoom(const Decoder &decoder);
     void drawNext(const Decoder &decoder);
     void disposeDrawn(const Decoder &decoder);
     void noteDrawing(const Decoder &decoder);

@@ -113,6 +113,9 @@ void Decoder::decodeInto(GifFileType *gif) {
     const int kept = extractFrames(*this, gif, gif->ImageCount);
     if (kept < 0) throw std::runtime_error("Frames extraction failed");
     if (static_cast<std::uint32_t>(kept) < frameCount) frameCount = static_cast<std::uint32_t>(kept);
+    for (const auto &frame : frames)
+        if (frame->disposal == RestorePrevious)
+            restorePreviousPixels = std::max(restorePreviousPixels, std::uint64_t{frame->width} * frame->height);
 }
 
 void Decoder::reset() {

@@ -49,6 +49,8 @@ public:
     std::uint32_t canvasHeight = 0;
     std::uint32_t canvasPixelCount = 0;
     std::uint32_t frameCount = 0;
+    // The largest rectangle that a restore-previous frame covers.
+    std::uint64_t restorePreviousPixels = 0;
     std::vector<std::string> fileComments;
     std::vector<std::unique_ptr<Frame>> frames;
     Palette globalPalette;

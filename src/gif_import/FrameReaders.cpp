@@ -19,13 +19,14 @@ int channelsForAll(const Decoder &decoder) {
     return alpha ? 4 : 3;
 }
 
-// The result image and, the first time, the compositor's canvas count in the
-// same budget as the decoded files. A file whose pictures do not fit reads as
+// The result image and, the first time, the compositor's canvas and restore
+// buffer count in the same budget as the decoded files. A file whose pictures do not fit reads as
 // undecodable and is dropped, as one whose rasters do not fit.
 int reserveForPictures(Decoder &decoder, const std::string &fileName, std::uint64_t slices,
                        int channels) {
     const std::uint64_t pixels = decoder.canvasPixelCount;
-    const std::uint64_t canvas = decoder.compositor.hasCanvas() ? 0 : pixels * sizeof(PackedColor);
+    const std::uint64_t canvas =
+        decoder.compositor.hasCanvas() ? 0 : (pixels + decoder.restorePreviousPixels) * sizeof(PackedColor);
     if (fitsDecodeBudget(slices * pixels * static_cast<std::uint64_t>(channels) + canvas))
         return Success;
     eraseDecoder(fileName);

@@ -118,6 +118,36 @@ TEST_F(DecodeMemory, CanvasSnapshotsNeverTurnAnAnswerAway) {
     EXPECT_EQ(metadataCode(other), 0);
 }
 
+// What a file holds between calls, and so what the budget lets through
+// beside it, is the same whatever frames were read before.
+TEST_F(DecodeMemory, TheBudgetAnswersTheSameWhateverOrderFramesWereRead) {
+    // A small and a whole-screen restore-previous frame, then one more, so
+    // that neither is the last frame (which gives the canvas back).
+    const std::string path = GifBuilder(20, 20, kEight)
+                                 .control(3).solid(0, 0, 2, 2, 1)
+                                 .control(3).solid(0, 0, 20, 20, 2)
+                                 .solid(0, 0, 1, 1, 3)
+                                 .write("restores.gif");
+    const std::string other = GifBuilder(10, 10, kEight).solid(0, 0, 10, 10, 2).write("other.gif");
+    const auto otherCodeAfter = [&](std::initializer_list<long> frames, std::uint64_t budget) {
+        rh_plugin_uninitialize(tarvex_test::plugin());
+        rh_plugin_initialize(tarvex_test::plugin(), nullptr);
+        {
+            ScopedDecodeBudget roomy(std::uint64_t{1} << 30);
+            for (long frame : frames) EXPECT_EQ(readOneFrame(path, frame).code, 0);
+        }
+        ScopedDecodeBudget tight(budget);
+        return metadataCode(other);
+    };
+    // Rasters, canvas and the whole-screen restore buffer, then the other
+    // file's raster and canvas: the margin lies inside this range.
+    const std::uint64_t least = 4 + 400 + 1 + 1'600 + 1'600, most = least + 100 + 400 + 64;
+    for (std::uint64_t budget = least; budget <= most; budget += 4)
+        EXPECT_EQ(otherCodeAfter({2, 1}, budget), otherCodeAfter({1}, budget)) << budget;
+    EXPECT_EQ(otherCodeAfter({1}, least), -3);
+    EXPECT_EQ(otherCodeAfter({1}, most), 0);
+}
+
 long openDescriptors() {
     std::error_code error;
     const std::filesystem::directory_iterator entries("/proc/self/fd", error);
