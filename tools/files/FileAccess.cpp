@@ -107,11 +107,30 @@ std::string readablePath(const std::string &path) {
     return path;
 }
 
-bool isStreamTarget(const std::string &path) {
-    if (isStandardStream(path)) return true;
+namespace {
+
+// How an output is written: through standard output; straight into a device
+// or a pipe, which has no format of its own to go by; straight through
+// whatever else already stands there and is not a plain file (a symbolic
+// link stays a link); or by replacing a plain file, or creating one.
+enum class OutputTarget { StandardOutput, Stream, WrittenThrough, Replaced };
+
+OutputTarget outputTarget(const std::string &path) {
+    if (isStandardStream(path)) return OutputTarget::StandardOutput;
     std::error_code error;
-    const std::filesystem::file_status status = std::filesystem::status(path, error);
-    return std::filesystem::is_character_file(status) || std::filesystem::is_fifo(status);
+    const std::filesystem::file_status followed = std::filesystem::status(path, error);
+    if (std::filesystem::is_character_file(followed) || std::filesystem::is_fifo(followed))
+        return OutputTarget::Stream;
+    const std::filesystem::file_status own = std::filesystem::symlink_status(path, error);
+    if (std::filesystem::exists(own) && !std::filesystem::is_regular_file(own)) return OutputTarget::WrittenThrough;
+    return OutputTarget::Replaced;
+}
+
+}  // namespace
+
+bool isStreamTarget(const std::string &path) {
+    const OutputTarget target = outputTarget(path);
+    return target == OutputTarget::StandardOutput || target == OutputTarget::Stream;
 }
 
 std::string namingStandardInput(std::string message) {
@@ -169,12 +188,14 @@ void replaceFile(const std::string &path, const std::function<void(const std::st
 }  // namespace
 
 void writeOutput(const std::string &path, const std::function<void(const std::string &)> &write) {
-    if (!isStandardStream(path)) {
-        // A device, a pipe or a symbolic link is written through, as it stands.
-        std::error_code error;
-        const std::filesystem::file_status status = std::filesystem::symlink_status(path, error);
-        if (std::filesystem::exists(status) && !std::filesystem::is_regular_file(status)) return write(path);
+    switch (outputTarget(path)) {
+    case OutputTarget::Stream:
+    case OutputTarget::WrittenThrough:
+        return write(path);
+    case OutputTarget::Replaced:
         return replaceFile(path, write);
+    case OutputTarget::StandardOutput:
+        break;
     }
     const std::string temporary = temporaryFiles().create();
     write(temporary);
