@@ -1,6 +1,8 @@
 #include "CallRequest.h"
 
+#include <algorithm>
 #include <array>
+#include <span>
 #include <utility>
 
 #include "Command.h"
@@ -29,16 +31,21 @@ constexpr std::array<std::pair<std::string_view, RhKind>, 11> kDefaultResults{{
 
 // Where the kernel passes only strings: a plug-in reads such a slot as a
 // pointer to text, so anything else there would be followed as one.
-constexpr std::array<std::pair<std::string_view, std::array<int, 3>>, 9> kStringSlots{{
-    {"ClearCache", {0, -1, -1}},
-    {"ReadOneFrame", {0, -1, -1}},
-    {"ReadAllFrames", {0, -1, -1}},
-    {"ReadGlobalPalette", {0, -1, -1}},
-    {"ImageQuantize", {2, -1, -1}},
-    {"GetQuantizedImage", {2, -1, -1}},
-    {"DitherImage", {2, -1, -1}},
-    {"WriteFrames", {1, 2, 4}},
-    {"WriteColormaps", {2, 3, 5}},
+constexpr std::size_t kFirst[] = {0};
+constexpr std::size_t kThird[] = {2};
+constexpr std::size_t kWriteFramesText[] = {1, 2, 4};
+constexpr std::size_t kWriteColormapsText[] = {2, 3, 5};
+
+constexpr std::array<std::pair<std::string_view, std::span<const std::size_t>>, 9> kStringSlots{{
+    {"ClearCache", kFirst},
+    {"ReadOneFrame", kFirst},
+    {"ReadAllFrames", kFirst},
+    {"ReadGlobalPalette", kFirst},
+    {"ImageQuantize", kThird},
+    {"GetQuantizedImage", kThird},
+    {"DitherImage", kThird},
+    {"WriteFrames", kWriteFramesText},
+    {"WriteColormaps", kWriteColormapsText},
 }};
 
 constexpr std::array<std::pair<std::string_view, RhKind>, 8> kResultKinds{{
@@ -111,10 +118,7 @@ std::optional<RhKind> defaultResultKind(std::string_view name) { return lookUp(k
 
 bool takesStringAt(std::string_view name, std::size_t position) {
     const auto slots = lookUp(kStringSlots, name);
-    if (!slots) return false;
-    for (int slot : *slots)
-        if (slot >= 0 && static_cast<std::size_t>(slot) == position) return true;
-    return false;
+    return slots && std::ranges::find(*slots, position) != slots->end();
 }
 
 std::optional<RhKind> findResultKind(std::string_view name) { return lookUp(kResultKinds, name); }
