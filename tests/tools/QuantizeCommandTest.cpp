@@ -1,4 +1,5 @@
 // `tarvex quantize` and `tarvex colors` over the quantization exports.
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <set>
@@ -23,6 +24,25 @@ protected:
             path("in-" + std::to_string(channels) + "-" + std::to_string(bits) + ".png"), 48, 32, channels, bits,
             [&](int i, int k) { return std::uint16_t(((i % 48) * 5 + (i / 48) * 3 * k + k * 20) % 256 * scale); },
             alpha);
+    }
+
+    // Raw samples of many colours, one byte a sample for "bit" (0 or 1) and
+    // four for "real32"; 8 by 6 pixels a slice.
+    std::string rawPicture(const std::string &type, int channels, int slices) {
+        const int count = 8 * 6 * channels * std::max(slices, 1);
+        std::string bytes;
+        for (int i = 0; i < count; ++i) {
+            if (type == "bit") {
+                bytes.push_back(char(((i / channels + i / channels / 8) >> (i % channels)) & 1));
+            } else {
+                const float sample = float((i * 7 + i / channels * 13) % 29) / 29.0f;
+                bytes.append(reinterpret_cast<const char *>(&sample), sizeof sample);
+            }
+        }
+        const std::string file =
+            path("in-" + type + "-" + std::to_string(channels) + "-" + std::to_string(slices) + ".raw");
+        std::ofstream(file, std::ios::binary) << bytes;
+        return file;
     }
 
     ProgramRun quantize(const std::string &in, std::vector<std::string> more) {
@@ -123,6 +143,49 @@ TEST_F(QuantizeCommand, PaletteAndIndicesAgreeWithTheRedrawnImage) {
     }
 }
 
+// Asked for the indices, the command draws the image from them and the
+// palette rather than running the method a third time. The result must be
+// GetQuantizedImage's to the bit: samples, depth, channels, shape, colour
+// space and alpha flag, which a raw output's layout line shows.
+TEST_F(QuantizeCommand, RedrawingFromTheIndicesGivesTheSameImage) {
+    struct Input {
+        std::string file, layout;  // no layout: a PNG
+    };
+    std::vector<Input> inputs;
+    for (int channels = 1; channels <= 4; ++channels) {
+        const bool alpha = channels % 2 == 0;
+        inputs.push_back({picture(channels, 8, alpha), ""});
+        inputs.push_back({picture(channels, 16, alpha), ""});
+        inputs.push_back({rawPicture("real32", channels, 0),
+                          "type=real32,width=8,height=6,channels=" + std::to_string(channels) +
+                              (channels == 4 ? ",alpha" : "")});
+    }
+    inputs.push_back({rawPicture("real32", 3, 2), "type=real32,width=8,height=6,channels=3,slices=2,cs=rgb"});
+    inputs.push_back({rawPicture("bit", 3, 0), "type=bit,width=8,height=6,channels=3"});
+    // The last line of standard error starts with the colours produced.
+    const auto colourCount = [](const std::string &err) {
+        const std::size_t at = err.rfind("tarvex quantize: ");
+        return at == std::string::npos ? err : err.substr(at, err.find(',', at) - at);
+    };
+    for (const Input &input : inputs)
+        for (const char *method : {"median-cut", "wu", "octree"})
+            for (const char *dither : {"none", "floyd-steinberg"}) {
+                SCOPED_TRACE(input.file + " " + input.layout + " " + method + " " + dither);
+                const std::string out = input.layout.empty() ? ".png" : ".raw";
+                std::vector<std::string> args{"--colors", "7", "--method", method, "--dither", dither, "--bits", "4"};
+                if (!input.layout.empty()) args.insert(args.end(), {"--layout", input.layout});
+                std::vector<std::string> drawn = args, indexed = args;
+                drawn.insert(drawn.end(), {"-o", path("drawn" + out)});
+                indexed.insert(indexed.end(), {"-o", path("indexed" + out), "--indices-out", path("i.raw")});
+                const ProgramRun plain = quantize(input.file, drawn), fromIndices = quantize(input.file, indexed);
+                ASSERT_EQ(plain.status, 0) << plain.err;
+                ASSERT_EQ(fromIndices.status, 0) << fromIndices.err;
+                EXPECT_EQ(plain.out, fromIndices.out);
+                EXPECT_EQ(colourCount(plain.err), colourCount(fromIndices.err));
+                EXPECT_EQ(fileContents(path("drawn" + out)), fileContents(path("indexed" + out)));
+            }
+}
+
 // "-" is standard output for the indices as for every other output: no
 // file called "-" appears.
 TEST_F(QuantizeCommand, IndicesGoToStandardOutput) {
@@ -143,6 +206,12 @@ TEST_F(QuantizeCommand, AnImageOfFewColoursComesBackAsItIs) {
     EXPECT_NE(run.err.find("2 colours (already no more than --colors"), std::string::npos) << run.err;
     ASSERT_EQ(runTool({"frames", path("q.gif"), "-o", path("back")}).status, 0);
     EXPECT_EQ(readTestPng(path("back/frame-001.png")).samples, readTestPng(in).samples);
+    // Asking for the indices changes nothing of that.
+    const ProgramRun indexed = quantize(in, {"-o", path("q.png"), "--colors", "4", "--indices-out", path("i.png")});
+    ASSERT_EQ(indexed.status, 0) << indexed.err;
+    EXPECT_NE(indexed.err.find("2 colours (already no more than --colors"), std::string::npos) << indexed.err;
+    EXPECT_EQ(readTestPng(path("q.png")).samples, readTestPng(in).samples);
+    EXPECT_EQ(readTestPng(path("i.png")).colors().size(), 2u);
     const ProgramRun quiet = quantize(in, {"-o", path("q.png"), "-q"});
     EXPECT_EQ(quiet.status, 0);
     EXPECT_EQ(quiet.err, "");

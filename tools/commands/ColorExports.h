@@ -30,6 +30,15 @@ struct QuantizedImage {
 
 QuantizedImage quantizedImage(MImage image, const QuantizeSettings &settings);
 
+// Whether GetQuantizedImage answers with the image itself, by its own rule:
+// no more pixels, or no more distinct colours, than colours asked for.
+bool quantizingKeeps(MImage image, long long colors);
+
+// The image GetQuantizedImage makes from the palette and the indices that
+// ImageQuantize gives for the same settings: each pixel's palette colour, in
+// a new image of the input's shape, type and colour space; the caller frees it.
+MImage paletteAtIndices(MImage image, MRawArray palette, MRawArray indices);
+
 // ImageQuantize: the palette, or every pixel's index; the caller frees it.
 MRawArray quantizeImage(MImage image, const QuantizeSettings &settings, bool paletteOnly);
 

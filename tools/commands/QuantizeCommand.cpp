@@ -118,30 +118,48 @@ void writeIndexPng(MRawArray indices, const std::string &path) {
     writePng(image, 0, path);
 }
 
-void writeExtras(MImage image, const QuantizeOptions &options) {
-    if (!options.paletteOut.empty()) {
-        const rh::RawArray palette(quantizeImage(image, options.settings, true));
-        const std::string text = paletteText(palette.get());
-        writeOutput(options.paletteOut, [&](const std::string &file) { writeTextFile(file, text); });
+// The answers the command writes. With the indices asked for, the redrawn
+// image is their palette colours: GetQuantizedImage maps with the same
+// ditherer as ImageQuantize's indices, so a third run of the method would
+// only repeat one of the other two.
+struct Quantized {
+    QuantizedImage image;
+    rh::RawArray palette, indices;
+};
+
+Quantized quantizeAll(MImage input, const QuantizeOptions &options) {
+    const QuantizeSettings &s = options.settings;
+    Quantized answers;
+    const bool redrawFromIndices = !options.indicesOut.empty() && !quantizingKeeps(input, s.colors);
+    if (redrawFromIndices) {
+        answers.palette.reset(quantizeImage(input, s, true));
+        answers.indices.reset(quantizeImage(input, s, false));
+        answers.image.owned.reset(paletteAtIndices(input, answers.palette.get(), answers.indices.get()));
+        answers.image.image = answers.image.owned.get();
+        return answers;
     }
-    if (!options.indicesOut.empty()) {
-        const rh::RawArray indices(quantizeImage(image, options.settings, false));
-        if (lowerCaseExtension(options.indicesOut) == ".png") {
-            writeIndexPng(indices.get(), options.indicesOut);
-        } else if (isStandardStream(options.indicesOut)) {
-            writeOutput(options.indicesOut, [&](const std::string &file) { saveRawArray(indices.get(), file); });
-            if (!isQuiet()) {
-                const QuorbelRawArrayFunctions arrays = hostTable()->rawArrayFunctions;
-                std::string dimensions;
-                for (mint extent : rawArrayDimensions(indices.get()))
-                    dimensions.append(dimensions.empty() ? "" : "x").append(std::to_string(extent));
-                std::fprintf(stderr, "tarvex quantize: indices on standard output, %s elements, dims=%s\n",
-                             rawElementType(arrays->getType(indices.get())).shortName, dimensions.c_str());
-            }
-        } else {
-            const std::string saved = saveRawArray(indices.get(), options.indicesOut);
-            if (!isQuiet()) std::fprintf(stderr, "tarvex quantize: indices in %s\n", saved.c_str());
+    answers.image = quantizedImage(input, s);
+    if (!options.paletteOut.empty()) answers.palette.reset(quantizeImage(input, s, true));
+    if (!options.indicesOut.empty()) answers.indices.reset(quantizeImage(input, s, false));
+    return answers;
+}
+
+void writeIndices(MRawArray indices, const std::string &path) {
+    if (lowerCaseExtension(path) == ".png") {
+        writeIndexPng(indices, path);
+    } else if (isStandardStream(path)) {
+        writeOutput(path, [&](const std::string &file) { saveRawArray(indices, file); });
+        if (!isQuiet()) {
+            const QuorbelRawArrayFunctions arrays = hostTable()->rawArrayFunctions;
+            std::string dimensions;
+            for (mint extent : rawArrayDimensions(indices))
+                dimensions.append(dimensions.empty() ? "" : "x").append(std::to_string(extent));
+            std::fprintf(stderr, "tarvex quantize: indices on standard output, %s elements, dims=%s\n",
+                         rawElementType(arrays->getType(indices)).shortName, dimensions.c_str());
         }
+    } else {
+        const std::string saved = saveRawArray(indices, path);
+        if (!isQuiet()) std::fprintf(stderr, "tarvex quantize: indices in %s\n", saved.c_str());
     }
 }
 
@@ -151,9 +169,14 @@ int runQuantize(const std::vector<std::string> &args) {
     const rh::Image read(readCommandImage(options.input));
     const rh::Image opaque(withAlphaAsChannel(read.get()));
     MImage input = opaque ? opaque.get() : read.get();
-    const QuantizedImage result = quantizedImage(input, options.settings);
+    const Quantized answers = quantizeAll(input, options);
+    const QuantizedImage &result = answers.image;
     writeCommandImage(result.image, options.output);
-    writeExtras(input, options);
+    if (!options.paletteOut.empty()) {
+        const std::string text = paletteText(answers.palette.get());
+        writeOutput(options.paletteOut, [&](const std::string &file) { writeTextFile(file, text); });
+    }
+    if (!options.indicesOut.empty()) writeIndices(answers.indices.get(), options.indicesOut);
     // The plug-in may flag the last of two or four channels of its result as alpha.
     const rh::Image countable(withAlphaAsChannel(result.image));
     const long long produced = uniqueColors(countable ? countable.get() : result.image, false);
