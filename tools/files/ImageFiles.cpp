@@ -122,34 +122,60 @@ void writePngFile(MImage image, mint slice, const std::string &path) {
     if (std::fclose(file.release()) != 0) throw CliError("cannot write " + path + ": " + std::strerror(errno));
 }
 
-}  // namespace
-
-MImage readPng(const std::string &path) {
-    File file = openFile(path, "rb");
-    Context context(spng_ctx_new(0));
-    if (!context) throw CliError(path + ": out of memory");
-    check(spng_set_png_file(context.get(), file.get()), path, "cannot read");
+// An open PNG file, read up to its image data.
+struct PngStart {
+    File file;
+    Context context;
     spng_ihdr header{};
-    check(spng_get_ihdr(context.get(), &header), path, "not a readable PNG file");
+    Decoding decoding{};
+};
+
+PngStart startPng(const std::string &path) {
+    PngStart png{openFile(path, "rb"), Context(spng_ctx_new(0))};
+    if (!png.context) throw CliError(path + ": out of memory");
+    check(spng_set_png_file(png.context.get(), png.file.get()), path, "cannot read");
+    check(spng_get_ihdr(png.context.get(), &png.header), path, "not a readable PNG file");
     // Asking for tRNS reads every chunk before the image data: a fault there
     // must be told, not taken for a file without transparency.
     spng_trns transparency{};
-    const int trns = spng_get_trns(context.get(), &transparency);
+    const int trns = spng_get_trns(png.context.get(), &transparency);
     if (trns != SPNG_ECHUNKAVAIL) check(trns, path, "not a readable PNG file");
-    const bool hasTransparency = trns == 0;
-    const Decoding decoding = chooseDecoding(header, hasTransparency);
+    png.decoding = chooseDecoding(png.header, trns == 0);
+    return png;
+}
+
+enum class PictureKind { Png, Jpeg };
+
+PictureKind pictureKind(const std::string &path) {
+    unsigned char magic[3] = {};
+    File file = openFile(path, "rb");
+    if (std::fread(magic, 1, sizeof magic, file.get()) != sizeof magic) return PictureKind::Png;
+    // Otherwise a GIF file would be reported as a PNG file with a bad signature.
+    if (std::memcmp(magic, "GIF", 3) == 0)
+        throw CliError(path + ": a GIF file; give a PNG or JPEG picture here "
+                              "(tarvex frames writes a GIF's frames as PNG)");
+    return magic[0] == 0xFF && magic[1] == 0xD8 && magic[2] == 0xFF ? PictureKind::Jpeg : PictureKind::Png;
+}
+
+}  // namespace
+
+MImage readPng(const std::string &path) {
+    const PngStart png = startPng(path);
+    spng_ctx *const context = png.context.get();
+    const spng_ihdr &header = png.header;
+    const Decoding &decoding = png.decoding;
 
     std::size_t length = 0;
-    check(spng_decoded_image_size(context.get(), decoding.format, &length), path, "cannot decode");
+    check(spng_decoded_image_size(context, decoding.format, &length), path, "cannot decode");
     MImage image = newInterleavedImage(header, decoding, path);
     const QuorbelImageFunctions images = hostTable()->imageFunctions;
     const std::size_t expected = std::size_t{header.width} * header.height * decoding.channels * (header.bit_depth == 16 ? 2 : 1);
     int code = length != expected ? SPNG_EINTERNAL
-                                  : spng_decode_image(context.get(), images->getRawData(image), length,
+                                  : spng_decode_image(context, images->getRawData(image), length,
                                                       decoding.format, decoding.flags);
     // The decoder stops once it has the last row, before the checksum of the
     // image data's chunk: reading on to the end of the file checks it.
-    if (code == 0) code = spng_decode_chunks(context.get());
+    if (code == 0) code = spng_decode_chunks(context);
     if (code != 0) {
         images->free(image);
         check(code, path, "cannot decode");
@@ -159,17 +185,16 @@ MImage readPng(const std::string &path) {
 
 MImage readImageFile(const std::string &argument) {
     const std::string path = readablePath(argument);
-    unsigned char magic[3] = {};
-    {
-        File file = openFile(path, "rb");
-        if (std::fread(magic, 1, sizeof magic, file.get()) != sizeof magic) return readPng(path);
-    }
-    const bool jpeg = magic[0] == 0xFF && magic[1] == 0xD8 && magic[2] == 0xFF;
-    // Otherwise a GIF file would be reported as a PNG file with a bad signature.
-    if (std::memcmp(magic, "GIF", 3) == 0)
-        throw CliError(path + ": a GIF file; give a PNG or JPEG picture here "
-                              "(tarvex frames writes a GIF's frames as PNG)");
-    return jpeg ? readJpeg(path) : readPng(path);
+    return pictureKind(path) == PictureKind::Jpeg ? readJpeg(path) : readPng(path);
+}
+
+PictureShape readImageShape(const std::string &argument) {
+    const std::string path = readablePath(argument);
+    if (pictureKind(path) == PictureKind::Jpeg) return readJpegShape(path);
+    const PngStart png = startPng(path);
+    const mint channels = png.decoding.channels;
+    return {png.header.width, png.header.height, channels, png.header.bit_depth == 16 ? 16 : 8,
+            channels == 2 || channels == 4};
 }
 
 void writePng(MImage image, mint slice, const std::string &path) {

@@ -27,22 +27,43 @@ std::vector<unsigned char> readWholeFile(const std::string &path) {
     return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
 }
 
+struct Header {
+    int width = 0, height = 0;
+    bool grey = false;
+};
+
+Header readHeader(tjhandle decoder, const std::vector<unsigned char> &bytes, const std::string &path) {
+    Header header;
+    int subsampling = 0, colorspace = 0;
+    if (tjDecompressHeader3(decoder, bytes.data(), bytes.size(), &header.width, &header.height, &subsampling,
+                            &colorspace) != 0)
+        throw CliError(path + ": not a readable JPEG file: " + tjGetErrorStr2(decoder));
+    // The header can end before the frame that gives the size.
+    if (header.width < 1 || header.height < 1)
+        throw CliError(path + ": not a readable JPEG file: it gives no picture size");
+    // libjpeg-turbo turns no four-channel JPEG into RGB; its own message would
+    // read like a broken file.
+    if (colorspace == TJCS_CMYK || colorspace == TJCS_YCCK)
+        throw CliError(path + ": a CMYK JPEG file; the tool reads grey and colour (YCbCr, RGB) JPEG files only");
+    header.grey = colorspace == TJCS_GRAY;
+    return header;
+}
+
 }  // namespace
+
+PictureShape readJpegShape(const std::string &path) {
+    const std::vector<unsigned char> bytes = readWholeFile(path);
+    Handle decoder(tjInitDecompress());
+    if (!decoder) throw CliError(path + ": out of memory");
+    const Header header = readHeader(decoder.get(), bytes, path);
+    return {header.width, header.height, header.grey ? 1 : 3, 8, false};
+}
 
 MImage readJpeg(const std::string &path) {
     std::vector<unsigned char> bytes = readWholeFile(path);
     Handle decoder(tjInitDecompress());
     if (!decoder) throw CliError(path + ": out of memory");
-    int width = 0, height = 0, subsampling = 0, colorspace = 0;
-    if (tjDecompressHeader3(decoder.get(), bytes.data(), bytes.size(), &width, &height, &subsampling, &colorspace) != 0)
-        throw CliError(path + ": not a readable JPEG file: " + tjGetErrorStr2(decoder.get()));
-    // The header can end before the frame that gives the size.
-    if (width < 1 || height < 1) throw CliError(path + ": not a readable JPEG file: it gives no picture size");
-    // libjpeg-turbo turns no four-channel JPEG into RGB; its own message would
-    // read like a broken file.
-    if (colorspace == TJCS_CMYK || colorspace == TJCS_YCCK)
-        throw CliError(path + ": a CMYK JPEG file; the tool reads grey and colour (YCbCr, RGB) JPEG files only");
-    const bool grey = colorspace == TJCS_GRAY;
+    const auto [width, height, grey] = readHeader(decoder.get(), bytes, path);
     const mint channels = grey ? 1 : 3;
     MImage image = nullptr;
     const int code = rh_image_new(0, width, height, channels, MImage_Type_Bit8, grey ? MImage_CS_Gray : MImage_CS_RGB,
