@@ -88,19 +88,33 @@ void callWriter(const char *name, std::vector<RhValue> args, const std::string &
 
 }  // namespace
 
-void writeIndexedGif(const IndexedFrames &frames, const GifSettings &settings, const std::string &path) {
-    const mint colors = mint(frames.mapRgb.size() / 3);
+MRawArray newFrameIndices(mint frames, mint height, mint width) {
+    const mint dimensions[3] = {frames, height, width};
+    MRawArray made = nullptr;
+    if (hostTable()->rawArrayFunctions->create(MRawArray_Type_UBit8, 3, dimensions, &made) != 0)
+        throw CliError("not enough memory for the frames");
+    return made;
+}
+
+void writeIndexedGif(const std::vector<std::uint8_t> &mapRgb, mint maps, MRawArray indices,
+                     const GifSettings &settings, const std::string &path) {
+    const mint colors = mint(mapRgb.size() / 3) / maps;
     mint size = 2;
     while (size < colors) size *= 2;
-    std::vector<std::uint8_t> mapBytes(frames.mapRgb);
-    mapBytes.resize(std::size_t(size) * 3, 0);
-    const rh::RawArray map = byteArray({size, 3}, mapBytes);
-    const rh::RawArray indices = byteArray({frames.frames, frames.height, frames.width}, frames.indices);
+    std::vector<std::uint8_t> mapBytes(std::size_t(maps * size * 3), 0);
+    for (mint k = 0; k < maps; ++k)
+        std::memcpy(mapBytes.data() + k * size * 3, mapRgb.data() + k * colors * 3, std::size_t(colors * 3));
+    const rh::RawArray map = maps == 1 ? byteArray({size, 3}, mapBytes) : byteArray({maps, size, 3}, mapBytes);
     const TrailingArguments trailing(settings, 3);
-    std::vector<RhValue> args{{RH_RAW_ARRAY, {.rawArray = map.get()}, 0},
-                              {RH_RAW_ARRAY, {.rawArray = indices.get()}, 0}};
+    std::vector<RhValue> args{{RH_RAW_ARRAY, {.rawArray = map.get()}, 0}, {RH_RAW_ARRAY, {.rawArray = indices}, 0}};
     trailing.appendTo(args, settings, path);
     callWriter("WriteColormaps", args, path);
+}
+
+void writeIndexedGif(const IndexedFrames &frames, const GifSettings &settings, const std::string &path) {
+    const rh::RawArray indices(newFrameIndices(frames.frames, frames.height, frames.width));
+    std::memcpy(hostTable()->rawArrayFunctions->getData(indices.get()), frames.indices.data(), frames.indices.size());
+    writeIndexedGif(frames.mapRgb, 1, indices.get(), settings, path);
 }
 
 void writeImageGif(MImage image, const GifSettings &settings, const std::string &path) {

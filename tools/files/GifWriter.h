@@ -31,6 +31,14 @@ struct IndexedFrames {
 // two as GIF maps are.
 void writeIndexedGif(const IndexedFrames &frames, const GifSettings &settings, const std::string &path);
 
+// A new array for the indices of `frames` frames; the caller frees it.
+MRawArray newFrameIndices(mint frames, mint height, mint width);
+
+// WriteColormaps with `indices` from newFrameIndices and `maps` maps of
+// equally many colours in `mapRgb`: one for every frame, or one per frame.
+void writeIndexedGif(const std::vector<std::uint8_t> &mapRgb, mint maps, MRawArray indices,
+                     const GifSettings &settings, const std::string &path);
+
 // WriteFrames: an 8-bit image, grey or RGB, one slice a frame.
 void writeImageGif(MImage image, const GifSettings &settings, const std::string &path);
 
