@@ -3,9 +3,9 @@
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
-#include <map>
 #include <optional>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 #include "ColorExports.h"
@@ -154,43 +154,60 @@ void checkPerFrame(const char *option, std::size_t given, mint frames) {
                          countOf(frames, "frame") + "; give one or one per frame");
 }
 
-// Each frame mapped to the caller's colours by DitherImage, as indices.
-std::vector<std::uint8_t> indexedFrames(FrameSequence &frames, MRawArray colorMap, const GifSettings &o,
-                                        int colors) {
-    frames.promoteToRgb();
-    const auto *palette = static_cast<const std::uint8_t *>(hostTable()->rawArrayFunctions->getData(colorMap));
-    std::map<std::uint32_t, std::uint8_t> indexOf;
-    for (int i = colors - 1; i >= 0; --i)
-        indexOf[std::uint32_t(palette[3 * i]) << 16 | std::uint32_t(palette[3 * i + 1]) << 8 | palette[3 * i + 2]] =
-            std::uint8_t(i);
-    const std::size_t pixels = std::size_t(frames.width * frames.height);
-    std::vector<std::uint8_t> indices;
-    for (mint k = 0; k < frames.count(); ++k) {
-        FrameSequence one{frames.width, frames.height, 3,
-                          {frames.samples.begin() + long(k * pixels * 3),
-                           frames.samples.begin() + long((k + 1) * pixels * 3)}};
-        const rh::Image image(frameImage(one));
-        const rh::Image mapped(ditherImage(image.get(), colorMap, o.dither));
-        const auto *rgb = static_cast<const std::uint8_t *>(hostTable()->imageFunctions->getRawData(mapped.get()));
-        for (std::size_t i = 0; i < pixels; ++i)
-            indices.push_back(indexOf.at(std::uint32_t(rgb[3 * i]) << 16 | std::uint32_t(rgb[3 * i + 1]) << 8 | rgb[3 * i + 2]));
-    }
-    return indices;
+std::uint32_t packed(const std::uint8_t *rgb) { return std::uint32_t(rgb[0]) << 16 | std::uint32_t(rgb[1]) << 8 | rgb[2]; }
+
+void putColor(std::uint8_t *rgb, std::uint32_t color) {
+    rgb[0] = std::uint8_t(color >> 16), rgb[1] = std::uint8_t(color >> 8), rgb[2] = std::uint8_t(color);
 }
 
-void writeWithPalette(FrameSequence &frames, const GifOptions &o, const std::string &file) {
+// A frame as a new RGB host image.
+rh::Image rgbFrame(const FramePixels &frame, const FramePlan &plan) {
+    MImage image = nullptr;
+    if (rh_image_new(0, plan.width, plan.height, 3, MImage_Type_Bit8, MImage_CS_RGB, 1, 0, &image) != 0)
+        throw CliError("not enough memory for a frame");
+    auto *out = static_cast<std::uint8_t *>(hostTable()->imageFunctions->getRawData(image));
+    for (std::size_t i = 0, pixels = std::size_t(plan.width * plan.height); i < pixels; ++i)
+        putColor(out + 3 * i, frame.rgb(i));
+    return rh::Image(image);
+}
+
+// Writes the index of every pixel of `mapped` (which holds only colours of
+// `indexOf`) into `out`.
+void indicesOf(MImage mapped, const std::unordered_map<std::uint32_t, std::uint8_t> &indexOf, std::uint8_t *out,
+               std::size_t pixels) {
+    const auto *rgb = static_cast<const std::uint8_t *>(hostTable()->imageFunctions->getRawData(mapped));
+    for (std::size_t i = 0; i < pixels; ++i) out[i] = indexOf.at(packed(rgb + 3 * i));
+}
+
+// Frames as indices for WriteColormaps, mapped by the tool itself.
+struct IndexedAnimation {
+    std::vector<std::uint8_t> mapRgb;  // one map, or one per frame
+    mint maps = 1;
+    rh::RawArray indices;
+    GifSettings settings;
+};
+
+// Each frame mapped to the --palette colours by DitherImage.
+IndexedAnimation paletteFrames(const FramePlan &plan, const GifOptions &o) {
     const std::vector<DitherColor> colors = readDitherPalette(o.palette);
     if (colors.empty() || colors.size() > 256)
         throw CliError(o.palette + ": " + std::to_string(colors.size()) + " colours; a GIF map holds 1 to 256");
     const rh::RawArray colorMap(makeColorMap(colors, MImage_Type_Bit8, 3));
     const auto *palette = static_cast<const std::uint8_t *>(hostTable()->rawArrayFunctions->getData(colorMap.get()));
-    IndexedFrames indexed;
-    indexed.mapRgb.assign(palette, palette + colors.size() * 3);
-    indexed.indices = indexedFrames(frames, colorMap.get(), o.settings, int(colors.size()));
-    indexed.frames = frames.count();
-    indexed.height = frames.height;
-    indexed.width = frames.width;
-    writeIndexedGif(indexed, o.settings, file);
+    IndexedAnimation out;
+    out.mapRgb.assign(palette, palette + colors.size() * 3);
+    out.settings = o.settings;
+    std::unordered_map<std::uint32_t, std::uint8_t> indexOf;
+    for (int i = int(colors.size()) - 1; i >= 0; --i) indexOf[packed(palette + 3 * i)] = std::uint8_t(i);
+    const std::size_t pixels = std::size_t(plan.width * plan.height);
+    out.indices.reset(newFrameIndices(plan.count(), plan.height, plan.width));
+    auto *indices = static_cast<std::uint8_t *>(hostTable()->rawArrayFunctions->getData(out.indices.get()));
+    forEachFrame(plan, [&](mint k, const FramePixels &frame) {
+        const rh::Image image = rgbFrame(frame, plan);
+        const rh::Image mapped(ditherImage(image.get(), colorMap.get(), o.settings.dither));
+        indicesOf(mapped.get(), indexOf, indices + std::size_t(k) * pixels, pixels);
+    });
+    return out;
 }
 
 // The screen holds a background colour only when every frame shares one
@@ -217,24 +234,19 @@ void warnIfBackgroundLost(const std::vector<double> &wanted, const std::string &
 int runGif(const std::vector<std::string> &args) {
     const auto start = std::chrono::steady_clock::now();
     const GifOptions o = parseOptions(args);
-    FrameSequence frames;
-    {
-        Progress progress("gif: inputs read", o.inputs.size());
-        for (std::size_t i = 0; i < o.inputs.size(); ++i) {
-            appendFrames(frames, o.inputs[i]);
-            progress.advance(i + 1);
-        }
-    }
-    checkPerFrame("--delay", o.settings.delays.size(), frames.count());
-    checkPerFrame("--disposal", o.settings.disposals.size(), frames.count());
+    const FramePlan plan = planFrames(o.inputs);
+    checkPerFrame("--delay", o.settings.delays.size(), plan.count());
+    checkPerFrame("--disposal", o.settings.disposals.size(), plan.count());
+    // Indices take a byte a pixel; WriteFrames takes the frames' samples.
+    checkFramesFit(plan, o.palette.empty() ? int(plan.channels) : 1);
+    std::optional<IndexedAnimation> animation;
+    rh::Image image;
+    if (!o.palette.empty()) animation = paletteFrames(plan, o);
+    else image.reset(frameImage(plan));
     std::uintmax_t bytes = 0;
     writeOutput(o.output, [&](const std::string &file) {
-        if (!o.palette.empty()) {
-            writeWithPalette(frames, o, file);
-        } else {
-            const rh::Image image(frameImage(frames));
-            writeImageGif(image.get(), o.settings, file);
-        }
+        if (animation) writeIndexedGif(animation->mapRgb, animation->maps, animation->indices.get(), animation->settings, file);
+        else writeImageGif(image.get(), o.settings, file);
         std::error_code unsized;  // a device has no size
         bytes = std::filesystem::file_size(file, unsized);
         warnIfBackgroundLost(o.settings.background, file);
@@ -242,8 +254,8 @@ int runGif(const std::vector<std::string> &args) {
     const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
     if (!isQuiet() && !isStreamTarget(o.output))
         std::printf("%s: %lld %s of %lldx%lld, %llu bytes, %.2f s\n", o.output.c_str(),
-                    static_cast<long long>(frames.count()), frames.count() == 1 ? "frame" : "frames",
-                    static_cast<long long>(frames.width), static_cast<long long>(frames.height),
+                    static_cast<long long>(plan.count()), plan.count() == 1 ? "frame" : "frames",
+                    static_cast<long long>(plan.width), static_cast<long long>(plan.height),
                     static_cast<unsigned long long>(bytes), seconds);
     return 0;
 }

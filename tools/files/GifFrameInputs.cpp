@@ -10,6 +10,7 @@
 #include "HostTable.h"
 #include "ImageFiles.h"
 #include "NumberText.h"
+#include "Progress.h"
 #include "host/MemoryBudget.h"
 #include "refhost/refhost.hpp"
 
@@ -23,97 +24,137 @@ bool isGifFile(const std::string &path) {
     return in && std::memcmp(magic, "GIF8", 4) == 0;
 }
 
-// Adds the colour samples of one 8-bit image; `dropAlpha` removes a last alpha
-// channel (a GIF frame's transparency has already been composited).
-void appendImage(FrameSequence &frames, MImage image, const std::string &path, bool dropAlpha) {
-    const QuorbelImageFunctions images = hostTable()->imageFunctions;
-    if (images->getDataType(image) != MImage_Type_Bit8)
-        throw CliError(path + ": only 8-bit pictures can go into a GIF file");
-    const mint channels = images->getChannels(image);
-    const bool alpha = images->alphaChannelQ(image) != 0;
-    if (alpha && !dropAlpha)
-        throw CliError(path + " has an alpha channel; give opaque frames (--transparent marks a colour)");
-    const mint colorChannels = alpha ? channels - 1 : channels;
-    if (colorChannels != 1 && colorChannels != 3)
-        throw CliError(path + ": " + std::to_string(channels) + " channels; frames are grey or RGB");
-    const mint width = images->getColumnCount(image), height = images->getRowCount(image);
-    if (frames.channels == 0) {
-        frames.width = width, frames.height = height, frames.channels = colorChannels;
-    } else if (width != frames.width || height != frames.height) {
-        throw CliError(path + " is " + std::to_string(width) + "x" + std::to_string(height) +
-                       ", the frames before it " + std::to_string(frames.width) + "x" +
-                       std::to_string(frames.height) + "; every frame must have one size");
+std::string sizeText(mint width, mint height) { return std::to_string(width) + "x" + std::to_string(height); }
+
+// Takes one input's frame size and colour channels into the plan.
+void fitInput(FramePlan &plan, const std::string &name, mint width, mint height, mint colorChannels) {
+    if (plan.channels == 0) {
+        plan.width = width, plan.height = height;
+    } else if (width != plan.width || height != plan.height) {
+        throw CliError(name + " is " + sizeText(width, height) + ", the frames before it " +
+                       sizeText(plan.width, plan.height) + "; every frame must have one size");
     }
-    if (colorChannels == 3 && frames.channels == 1) frames.promoteToRgb();
-    const auto *data = static_cast<const std::uint8_t *>(images->getRawData(image));
-    for (mint i = 0; i < width * height; ++i) {
-        const std::uint8_t *pixel = data + i * channels;
-        for (mint c = 0; c < frames.channels; ++c)
-            frames.samples.push_back(pixel[colorChannels == 1 ? 0 : c]);
-    }
+    if (colorChannels == 3 || plan.channels == 0) plan.channels = colorChannels;
 }
 
-// A small file can hold thousands of frames of a large canvas. They are all
-// held here and once more in the image for WriteFrames, so a file whose
-// frames would not fit the budget twice over is refused before any is read.
-void checkFramesFit(const FrameSequence &frames, const std::string &path, long count, const RhExpr *metadata) {
-    const RhExpr *size = ruleValue(metadata, "ImageSize");
-    const auto width = std::uint64_t(rh_expr_integer(rh_expr_part(size, 0)));
-    const auto height = std::uint64_t(rh_expr_integer(rh_expr_part(size, 1)));
-    const long double bytes = 2.0L * (static_cast<long double>(frames.samples.size()) +
-                                      static_cast<long double>(count) * width * height * 3);
-    const std::uint64_t budget = OstrelUtils::memoryBudget();
-    if (bytes > static_cast<long double>(budget))
-        throw CliError(path + ": " + countOf(count, "frame") + " of " + std::to_string(width) + "x" +
-                       std::to_string(height) + " would take more memory than the budget of " +
-                       std::to_string(budget >> 20) + " MiB (TARVEX_MEMORY_BUDGET)");
-}
-
-void appendGifFrames(FrameSequence &frames, const std::string &path) {
+FrameInput planGif(FramePlan &plan, const std::string &path) {
     const ImportExpr metadata = askGifReader("ReadFileMetadata", path);
-    const long count = static_cast<long>(rh_expr_integer(ruleValue(metadata.get(), "ImageCount")));
-    checkFramesFit(frames, path, count, metadata.get());
-    for (long number = 1; number <= count; ++number) {
-        const RhValue args[2] = {{RH_STRING, {.string = path.c_str()}, 0},
-                                 {RH_INTEGER, {.integer = number}, 0}};
-        RhValue result{RH_IMAGE, {}, 0};
-        const int code = rh_call(plugin(), "ReadOneFrame", 2, args, &result);
-        if (code != 0) throw CliError(importFailure(path, code));
-        const rh::Image frame(result.value.image);
-        appendImage(frames, frame.get(), path + " frame " + std::to_string(number), true);
-    }
+    FrameInput input{path, true, static_cast<long>(rh_expr_integer(ruleValue(metadata.get(), "ImageCount")))};
+    const RhExpr *size = ruleValue(metadata.get(), "ImageSize");
+    // The plug-in composites GIF frames to RGB pictures.
+    fitInput(plan, path, mint(rh_expr_integer(rh_expr_part(size, 0))), mint(rh_expr_integer(rh_expr_part(size, 1))),
+             3);
+    return input;
+}
+
+FrameInput planPicture(FramePlan &plan, const std::string &path) {
+    const PictureShape shape = readImageShape(path);
+    if (shape.bits != 8) throw CliError(path + ": only 8-bit pictures can go into a GIF file");
+    if (shape.alpha) throw CliError(path + " has an alpha channel; give opaque frames (--transparent marks a colour)");
+    if (shape.channels != 1 && shape.channels != 3)
+        throw CliError(path + ": " + std::to_string(shape.channels) + " channels; frames are grey or RGB");
+    fitInput(plan, path, shape.width, shape.height, shape.channels);
+    return {path, false, 1};
+}
+
+// Checks that a decoded picture is what its header promised: a file can
+// change between the two readings.
+FramePixels framePixels(MImage image, const FramePlan &plan, const std::string &name) {
+    const QuorbelImageFunctions images = hostTable()->imageFunctions;
+    const bool alpha = images->alphaChannelQ(image) != 0;
+    FramePixels pixels{static_cast<const std::uint8_t *>(images->getRawData(image)),
+                       int(images->getChannels(image)) - (alpha ? 1 : 0), alpha};
+    if (images->getDataType(image) != MImage_Type_Bit8 || images->getColumnCount(image) != plan.width ||
+        images->getRowCount(image) != plan.height || (pixels.colorChannels != 1 && pixels.colorChannels != 3) ||
+        (pixels.colorChannels == 3 && plan.channels == 1))
+        throw CliError(name + " changed while it was read");
+    return pixels;
+}
+
+// Gives up the plug-in's decoded copy of a GIF input whose frames were taken.
+void forgetGif(const std::string &path) {
+    RhValue arg{RH_STRING, {.string = path.c_str()}, 0};
+    RhValue result{RH_BOOLEAN, {}, 0};
+    rh_call(plugin(), "ClearCache", 1, &arg, &result);
 }
 
 }  // namespace
 
-void FrameSequence::promoteToRgb() {
-    if (channels != 1) return;
-    std::vector<std::uint8_t> rgb;
-    rgb.reserve(samples.size() * 3);
-    for (std::uint8_t level : samples) rgb.insert(rgb.end(), {level, level, level});
-    samples = std::move(rgb);
-    channels = 3;
+mint FramePlan::count() const {
+    mint frames = 0;
+    for (const FrameInput &input : inputs) frames += input.frames;
+    return frames;
 }
 
-void appendFrames(FrameSequence &frames, const std::string &argument) {
-    const std::string path = readablePath(argument);
-    if (isGifFile(path)) {
-        appendGifFrames(frames, path);
-        return;
+std::uint32_t FramePixels::rgb(std::size_t pixel) const {
+    const std::uint8_t *s = samples + pixel * std::size_t(stride());
+    if (colorChannels == 1) return std::uint32_t(s[0]) * 0x010101u;
+    return std::uint32_t(s[0]) << 16 | std::uint32_t(s[1]) << 8 | s[2];
+}
+
+FramePlan planFrames(const std::vector<std::string> &arguments) {
+    FramePlan plan;
+    for (const std::string &argument : arguments) {
+        const std::string path = readablePath(argument);
+        plan.inputs.push_back(isGifFile(path) ? planGif(plan, path) : planPicture(plan, path));
     }
-    const rh::Image picture(readImageFile(path));
-    appendImage(frames, picture.get(), path, false);
+    return plan;
 }
 
-MImage frameImage(const FrameSequence &frames) {
+// A small file can hold thousands of frames of a large canvas, so the frames
+// are counted against the budget before any is decoded.
+void checkFramesFit(const FramePlan &plan, int bytesPerPixel) {
+    const std::uint64_t budget = OstrelUtils::memoryBudget();
+    long double bytes = 0;
+    for (const FrameInput &input : plan.inputs) {
+        bytes += static_cast<long double>(input.frames) * plan.width * plan.height * bytesPerPixel;
+        if (bytes > static_cast<long double>(budget))
+            throw CliError(input.path + ": " + countOf(input.frames, "frame") + " of " +
+                           sizeText(plan.width, plan.height) + " would take more memory than the budget of " +
+                           std::to_string(budget >> 20) + " MiB (TARVEX_MEMORY_BUDGET)");
+    }
+}
+
+void forEachFrame(const FramePlan &plan, const std::function<void(mint, const FramePixels &)> &take) {
+    Progress progress("gif: inputs read", plan.inputs.size());
+    mint frame = 0;
+    for (std::size_t i = 0; i < plan.inputs.size(); ++i) {
+        const FrameInput &input = plan.inputs[i];
+        if (!input.gif) {
+            const rh::Image picture(readImageFile(input.path));
+            take(frame++, framePixels(picture.get(), plan, input.path));
+        } else {
+            for (long number = 1; number <= input.frames; ++number) {
+                const RhValue args[2] = {{RH_STRING, {.string = input.path.c_str()}, 0},
+                                         {RH_INTEGER, {.integer = number}, 0}};
+                RhValue result{RH_IMAGE, {}, 0};
+                const int code = rh_call(plugin(), "ReadOneFrame", 2, args, &result);
+                if (code != 0) throw CliError(importFailure(input.path, code));
+                const rh::Image picture(result.value.image);
+                take(frame++, framePixels(picture.get(), plan, input.path + " frame " + std::to_string(number)));
+            }
+            forgetGif(input.path);
+        }
+        progress.advance(i + 1);
+    }
+}
+
+MImage frameImage(const FramePlan &plan) {
     MImage image = nullptr;
-    const MImage_CS_Type space = frames.channels == 1 ? MImage_CS_Gray : MImage_CS_RGB;
-    if (rh_image_new(frames.count(), frames.width, frames.height, frames.channels, MImage_Type_Bit8,
-                     space, 1, 0, &image) != 0)
-        throw CliError("not enough memory for " + std::to_string(frames.count()) + " frames");
-    std::memcpy(hostTable()->imageFunctions->getRawData(image), frames.samples.data(),
-                frames.samples.size());
-    return image;
+    const MImage_CS_Type space = plan.channels == 1 ? MImage_CS_Gray : MImage_CS_RGB;
+    if (rh_image_new(plan.count(), plan.width, plan.height, plan.channels, MImage_Type_Bit8, space, 1, 0, &image) != 0)
+        throw CliError("not enough memory for " + std::to_string(plan.count()) + " frames");
+    rh::Image owned(image);
+    auto *slices = static_cast<std::uint8_t *>(hostTable()->imageFunctions->getRawData(image));
+    const std::size_t pixels = std::size_t(plan.width * plan.height);
+    forEachFrame(plan, [&](mint k, const FramePixels &frame) {
+        std::uint8_t *out = slices + std::size_t(k) * pixels * std::size_t(plan.channels);
+        for (std::size_t i = 0; i < pixels; ++i) {
+            const std::uint8_t *pixel = frame.samples + i * std::size_t(frame.stride());
+            for (mint c = 0; c < plan.channels; ++c) *out++ = pixel[frame.colorChannels == 1 ? 0 : c];
+        }
+    });
+    return owned.release();
 }
 
 }  // namespace tarvex_cli

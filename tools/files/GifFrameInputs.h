@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -8,24 +9,51 @@
 
 namespace tarvex_cli {
 
-// Frames for a GIF file, all of one size: 8-bit samples, grey (1 channel) or
-// RGB (3), frame after frame.
-struct FrameSequence {
-    mint width = 0, height = 0, channels = 0;
-    std::vector<std::uint8_t> samples;
-
-    mint count() const {
-        return width * height * channels == 0 ? 0 : mint(samples.size()) / (width * height * channels);
-    }
-    void promoteToRgb();
+// One input of a GIF file: a PNG or JPEG picture (one frame) or a GIF file
+// (its composited frames).
+struct FrameInput {
+    std::string path;  // readable: standard input's copy for "-"
+    bool gif = false;
+    long frames = 1;
 };
 
-// Appends the frames of one input: a PNG file (one frame) or a GIF file (its
-// composited frames). Throws CliError for a file of another size, one with
-// alpha, or one that cannot be read.
-void appendFrames(FrameSequence &frames, const std::string &path);
+// Every frame of the inputs, learnt from headers and GIF metadata before any
+// frame is decoded, so that all of them can be held once, in one place.
+struct FramePlan {
+    std::vector<FrameInput> inputs;
+    mint width = 0, height = 0;
+    mint channels = 0;  // 1 when every input is grey, else 3
 
-// A new interleaved host image with one slice per frame; the caller frees it.
-MImage frameImage(const FrameSequence &frames);
+    mint count() const;
+};
+
+// Throws CliError for an input that cannot be read, has another size than
+// the ones before it, has other than 8-bit samples or has alpha.
+FramePlan planFrames(const std::vector<std::string> &arguments);
+
+// Refuses frames that, at `bytesPerPixel`, would take more than the memory
+// budget, naming the input with which they pass it.
+void checkFramesFit(const FramePlan &plan, int bytesPerPixel);
+
+// One decoded frame of the plan's size: 8-bit interleaved samples, grey or
+// RGB, and with `alpha` a last alpha channel, which a GIF frame's
+// pictures can have.
+struct FramePixels {
+    const std::uint8_t *samples = nullptr;
+    int colorChannels = 3;
+    bool alpha = false;
+
+    int stride() const { return colorChannels + (alpha ? 1 : 0); }
+    std::uint32_t rgb(std::size_t pixel) const;  // packed 0xRRGGBB
+};
+
+// Decodes the frames in order and hands each to `take` with its number from
+// 0, showing progress by input.
+void forEachFrame(const FramePlan &plan, const std::function<void(mint, const FramePixels &)> &take);
+
+// A new interleaved host image with one slice per frame, grey or RGB as the
+// plan says, each frame decoded straight into its slice, without alpha. The
+// caller frees it.
+MImage frameImage(const FramePlan &plan);
 
 }  // namespace tarvex_cli
