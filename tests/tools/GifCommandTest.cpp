@@ -151,6 +151,100 @@ TEST_F(GifCommandTest, FramesAreHeldOnceWithinTheMemoryBudget) {
     EXPECT_FALSE(std::filesystem::exists(path("x.gif")));
 }
 
+// Frames of 20x16 with alpha, and which of their pixels must come out
+// transparent: alpha below 128, and with `key` also that opaque colour.
+struct AlphaFrame {
+    std::string file;
+    std::vector<bool> clear;
+    std::vector<export_test::Rgb> colors;  // of every pixel
+};
+
+constexpr int kW = 20, kH = 16;
+
+// Few colours; transparent pixels hide the colour of the opaque pixel next
+// to them, and alpha 127 and 128 fall either side of the threshold.
+AlphaFrame fewColours(const std::string &file) {
+    const export_test::Rgb colors[3] = {{255, 0, 0}, {0, 200, 0}, {10, 20, 30}};
+    const std::uint16_t alphas[4] = {0, 127, 128, 255};
+    AlphaFrame frame;
+    frame.file = writeTestPng(file, kW, kH, 4, 8, [&](int i, int k) {
+        const export_test::Rgb c = colors[i / 4 % 3];
+        return k == 3 ? alphas[i % 4] : std::uint16_t(k == 0 ? c.r : k == 1 ? c.g : c.b);
+    }, true);
+    for (int i = 0; i < kW * kH; ++i) frame.clear.push_back(i % 4 < 2), frame.colors.push_back(colors[i / 4 % 3]);
+    return frame;
+}
+
+AlphaFrame greyAlpha(const std::string &file) {
+    AlphaFrame frame;
+    frame.file = writeTestPng(file, kW, kH, 2, 8, [](int i, int k) {
+        return std::uint16_t(k == 1 ? (i % 3 == 0 ? 0 : 255) : i % 5 * 60);
+    }, true);
+    for (int i = 0; i < kW * kH; ++i) {
+        const auto level = std::uint8_t(i % 5 * 60);
+        frame.clear.push_back(i % 3 == 0), frame.colors.push_back({level, level, level});
+    }
+    return frame;
+}
+
+// 320 colours, more than a map holds beside the transparent entry.
+AlphaFrame manyColours(const std::string &file) {
+    AlphaFrame frame;
+    frame.file = writeTestPng(file, kW, kH, 4, 8, [](int i, int k) {
+        if (k == 3) return std::uint16_t(i % 7 == 0 ? 0 : 255);
+        return std::uint16_t(k == 0 ? i % 256 : k == 1 ? i / 256 * 90 : 255 - i % 256);
+    }, true);
+    for (int i = 0; i < kW * kH; ++i) frame.clear.push_back(i % 7 == 0), frame.colors.push_back({});
+    return frame;
+}
+
+// Checks that exactly the pixels meant to be clear carry frame k's
+// transparent index, and, when `exact`, that the others kept their colours.
+void expectTransparency(const export_test::DecodedGif &gif, std::size_t k, const AlphaFrame &frame, bool exact) {
+    ASSERT_TRUE(gif.images.at(k).control);
+    const int transparent = gif.images[k].control->TransparentColor;
+    ASSERT_GE(transparent, 0) << "frame " << k;
+    for (std::size_t i = 0; i < frame.clear.size(); ++i) {
+        EXPECT_EQ(gif.images[k].indices[i] == transparent, bool(frame.clear[i])) << "frame " << k << " pixel " << i;
+        if (exact && !frame.clear[i]) {
+            EXPECT_EQ(gif.color(k, i), frame.colors[i]) << "frame " << k << " pixel " << i;
+        }
+    }
+}
+
+TEST_F(GifCommandTest, AlphaBelowHalfBecomesTransparency) {
+    const AlphaFrame few = fewColours(path("few.png")), grey = greyAlpha(path("grey.png")),
+                     many = manyColours(path("many.png"));
+    const std::string opaque = png("opaque.png", kW, kH, 3, 4);
+    for (const std::string dither : {"floyd-steinberg", "none"}) {
+        ASSERT_EQ(run({"-o", path("alpha.gif"), few.file, grey.file, many.file, opaque, "--dither", dither}), 0);
+        const Decoded written = decode(path("alpha.gif"));
+        ASSERT_EQ(written.gif.images.size(), 4u);
+        expectTransparency(written.gif, 0, few, true);
+        expectTransparency(written.gif, 1, grey, true);
+        expectTransparency(written.gif, 2, many, false);
+        // The opaque frame shares the transparent colour, which none of its pixels takes.
+        const std::uint8_t unused = std::uint8_t(written.gif.images[3].control->TransparentColor);
+        for (std::uint8_t index : written.gif.images[3].indices) EXPECT_NE(index, unused);
+    }
+    // Pixels of the --transparent colour show as transparent too.
+    ASSERT_EQ(run({"-o", path("red.gif"), few.file, "--transparent", "#ff0000"}), 0);
+    AlphaFrame red = few;
+    for (std::size_t i = 0; i < red.clear.size(); ++i) red.clear[i] = red.clear[i] || red.colors[i].r == 255;
+    expectTransparency(decode(path("red.gif")).gif, 0, red, true);
+}
+
+TEST_F(GifCommandTest, AlphaAgainstAPaletteTakesAnEntryAfterIt) {
+    const AlphaFrame few = fewColours(path("few.png"));
+    ASSERT_EQ(run({"-o", path("pal.gif"), few.file, "--palette", "#ff0000,#00c800,#0a141e"}), 0);
+    const Decoded written = decode(path("pal.gif"));
+    expectTransparency(written.gif, 0, few, true);
+    EXPECT_EQ(written.gif.images[0].control->TransparentColor, 3);
+    const std::string message =
+        cliFailure([&] { run({"-o", path("x.gif"), few.file, "--palette", "332"}); }, 1);
+    EXPECT_NE(message.find("332: 256 colours leave no entry for transparent pixels"), std::string::npos) << message;
+}
+
 TEST_F(GifCommandTest, RefusesWithAClearMessage) {
     const std::string a = png("a.png", 6, 4, 3, 1), b = png("b.png", 4, 6, 3, 1);
     struct Case {

@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <chrono>
 #include <cmath>
 #include <cstdio>
@@ -6,6 +7,7 @@
 #include <optional>
 #include <string>
 #include <unordered_map>
+#include <unordered_set>
 #include <vector>
 
 #include "ColorExports.h"
@@ -34,6 +36,14 @@ pictures, grey or RGB, one frame each, and GIF files, whose composited frames
 are taken in order. Every frame must have the same size. RGB frames are
 reduced to 256 colours each; grey frames share one map of their levels.
 
+A PNG picture with an alpha channel makes its pixels transparent where alpha
+is below half (128 of 255): GIF pixels are either shown or not, so partial
+alpha is thresholded, not blended. Such animations are mapped by the tool itself
+(WriteColormaps): every frame gets a map of its opaque colours, or of 255
+from ImageQuantize when it has more, with one more entry for its transparent
+pixels. A GIF input's transparency is not carried over: its frames come as
+the plug-in composites them, without alpha.
+
   -o OUT.gif             the file to write; - for standard output
   --delay S[,S...]       seconds each frame shows: one for all, or one per
                          frame (default 0.1)
@@ -45,7 +55,9 @@ reduced to 256 colours each; grey frames share one map of their levels.
   --comment TEXT         a comment block; may be given more than once
   --background COLOR     the screen's background colour (warned of when the
                          frames share no palette that holds it)
-  --transparent COLOR    the colour shown as transparent, in every frame
+  --transparent COLOR    the colour shown as transparent, in every frame;
+                         with alpha, also the colour that transparent pixels
+                         are given (else one that no map entry has)
   --disposal D[,D...]    0 unspecified, 1 leave, 2 restore to background,
                          3 restore to previous: one for all, or one per frame
   --palette P            write indices against this colour map instead
@@ -53,7 +65,8 @@ reduced to 256 colours each; grey frames share one map of their levels.
                          with DitherImage. P is anything dither --palette
                          takes (colours, a named palette such as web or 332,
                          a text file, an image, a GIF's palette); at most 256
-                         colours.
+                         colours, 255 with alpha, which takes an entry after
+                         them.
   -q, --quiet            no summary and no progress line
 
 An input may be - for standard input. A COLOR is "#rrggbb", "r,g,b" or one
@@ -154,29 +167,53 @@ void checkPerFrame(const char *option, std::size_t given, mint frames) {
                          countOf(frames, "frame") + "; give one or one per frame");
 }
 
-std::uint32_t packed(const std::uint8_t *rgb) { return std::uint32_t(rgb[0]) << 16 | std::uint32_t(rgb[1]) << 8 | rgb[2]; }
+std::uint32_t packed(const std::uint8_t *rgb) {
+    return std::uint32_t(rgb[0]) << 16 | std::uint32_t(rgb[1]) << 8 | rgb[2];
+}
 
 void putColor(std::uint8_t *rgb, std::uint32_t color) {
     rgb[0] = std::uint8_t(color >> 16), rgb[1] = std::uint8_t(color >> 8), rgb[2] = std::uint8_t(color);
 }
 
-// A frame as a new RGB host image.
-rh::Image rgbFrame(const FramePixels &frame, const FramePlan &plan) {
+void appendColor(std::vector<std::uint8_t> &map, std::uint32_t color) {
+    map.insert(map.end(), {std::uint8_t(color >> 16), std::uint8_t(color >> 8), std::uint8_t(color)});
+}
+
+// A frame as a new RGB host image; transparent pixels take `hidden`, so that
+// the mapping of the opaque ones is what it would be without them.
+rh::Image rgbFrame(const FramePixels &frame, const FramePlan &plan, std::uint32_t hidden) {
     MImage image = nullptr;
     if (rh_image_new(0, plan.width, plan.height, 3, MImage_Type_Bit8, MImage_CS_RGB, 1, 0, &image) != 0)
         throw CliError("not enough memory for a frame");
     auto *out = static_cast<std::uint8_t *>(hostTable()->imageFunctions->getRawData(image));
     for (std::size_t i = 0, pixels = std::size_t(plan.width * plan.height); i < pixels; ++i)
-        putColor(out + 3 * i, frame.rgb(i));
+        putColor(out + 3 * i, frame.transparent(i) ? hidden : frame.rgb(i));
     return rh::Image(image);
 }
 
 // Writes the index of every pixel of `mapped` (which holds only colours of
-// `indexOf`) into `out`.
-void indicesOf(MImage mapped, const std::unordered_map<std::uint32_t, std::uint8_t> &indexOf, std::uint8_t *out,
-               std::size_t pixels) {
+// `indexOf`) into `out`, and `key` for the transparent pixels of `frame`.
+void indicesOf(MImage mapped, const std::unordered_map<std::uint32_t, std::uint8_t> &indexOf,
+               const FramePixels &frame, std::uint8_t key, std::uint8_t *out, std::size_t pixels) {
     const auto *rgb = static_cast<const std::uint8_t *>(hostTable()->imageFunctions->getRawData(mapped));
-    for (std::size_t i = 0; i < pixels; ++i) out[i] = indexOf.at(packed(rgb + 3 * i));
+    for (std::size_t i = 0; i < pixels; ++i) out[i] = frame.transparent(i) ? key : indexOf.at(packed(rgb + 3 * i));
+}
+
+// First colour from magenta on that no map entry has: an entry of its own
+// for the transparent pixels, which no opaque pixel can be taken for.
+std::uint32_t unusedColor(const std::vector<std::uint8_t> &maps) {
+    std::vector<bool> used(1u << 24);
+    for (std::size_t i = 0; i + 2 < maps.size(); i += 3) used[packed(&maps[i])] = true;
+    std::uint32_t color = 0xFF00FF;
+    while (used[color]) color = (color + 1) & 0xFFFFFF;
+    return color;
+}
+
+std::optional<std::uint32_t> transparentOption(const GifSettings &s) {
+    if (s.transparent.empty()) return std::nullopt;
+    if (s.transparent.size() == 1) return std::uint32_t(s.transparent[0]) * 0x010101u;
+    return std::uint32_t(s.transparent[0]) << 16 | std::uint32_t(s.transparent[1]) << 8 |
+           std::uint32_t(s.transparent[2]);
 }
 
 // Frames as indices for WriteColormaps, mapped by the tool itself.
@@ -184,10 +221,22 @@ struct IndexedAnimation {
     std::vector<std::uint8_t> mapRgb;  // one map, or one per frame
     mint maps = 1;
     rh::RawArray indices;
-    GifSettings settings;
+    bool anyTransparent = false;
+    GifSettings settings;  // with the transparent colour that the indices need
 };
 
-// Each frame mapped to the --palette colours by DitherImage.
+// The entry of the colour that shows as transparent: the --transparent
+// colour where the map has it, else a new last entry.
+std::size_t keyIndex(const std::vector<std::uint8_t> &map, const std::optional<std::uint32_t> &wanted) {
+    const std::size_t colors = map.size() / 3;
+    if (wanted)
+        for (std::size_t i = 0; i < colors; ++i)
+            if (packed(&map[3 * i]) == *wanted) return i;
+    return colors;
+}
+
+// Each frame mapped to the --palette colours by DitherImage. Transparent
+// pixels need an entry of their own, after the palette's colours.
 IndexedAnimation paletteFrames(const FramePlan &plan, const GifOptions &o) {
     const std::vector<DitherColor> colors = readDitherPalette(o.palette);
     if (colors.empty() || colors.size() > 256)
@@ -197,16 +246,108 @@ IndexedAnimation paletteFrames(const FramePlan &plan, const GifOptions &o) {
     IndexedAnimation out;
     out.mapRgb.assign(palette, palette + colors.size() * 3);
     out.settings = o.settings;
+    const std::optional<std::uint32_t> wanted = transparentOption(o.settings);
+    const std::size_t key = keyIndex(out.mapRgb, wanted);
+    if (plan.alpha && key == 256)
+        throw CliError(o.palette + ": 256 colours leave no entry for transparent pixels; give at most 255");
     std::unordered_map<std::uint32_t, std::uint8_t> indexOf;
     for (int i = int(colors.size()) - 1; i >= 0; --i) indexOf[packed(palette + 3 * i)] = std::uint8_t(i);
     const std::size_t pixels = std::size_t(plan.width * plan.height);
     out.indices.reset(newFrameIndices(plan.count(), plan.height, plan.width));
     auto *indices = static_cast<std::uint8_t *>(hostTable()->rawArrayFunctions->getData(out.indices.get()));
     forEachFrame(plan, [&](mint k, const FramePixels &frame) {
-        const rh::Image image = rgbFrame(frame, plan);
+        const rh::Image image = rgbFrame(frame, plan, packed(palette));
         const rh::Image mapped(ditherImage(image.get(), colorMap.get(), o.settings.dither));
-        indicesOf(mapped.get(), indexOf, indices + std::size_t(k) * pixels, pixels);
+        indicesOf(mapped.get(), indexOf, frame, std::uint8_t(key), indices + std::size_t(k) * pixels, pixels);
+        for (std::size_t i = 0; i < pixels && !out.anyTransparent; ++i) out.anyTransparent = frame.transparent(i);
     });
+    if (out.anyTransparent && key == colors.size()) {
+        appendColor(out.mapRgb, wanted.value_or(unusedColor(out.mapRgb)));
+        if (!wanted) out.settings.transparent = {double(out.mapRgb[3 * key]), double(out.mapRgb[3 * key + 1]),
+                                                 double(out.mapRgb[3 * key + 2])};
+    }
+    return out;
+}
+
+// The palette of one frame's opaque pixels: their own colours when they are
+// few enough to leave an entry for transparency, else 255 colours from
+// ImageQuantize, kept as the array that DitherImage takes.
+struct FramePalette {
+    std::vector<std::uint8_t> rgb;
+    rh::RawArray quantized;  // none: the pixels' own colours
+};
+
+FramePalette opaquePalette(const FramePixels &frame, std::size_t pixels) {
+    FramePalette palette;
+    std::unordered_set<std::uint32_t> seen;
+    std::size_t opaque = 0;
+    for (std::size_t i = 0; i < pixels; ++i) {
+        if (frame.transparent(i)) continue;
+        ++opaque;
+        if (seen.size() <= 255 && seen.insert(frame.rgb(i)).second) appendColor(palette.rgb, frame.rgb(i));
+    }
+    if (seen.size() <= 255) return palette;
+    MImage image = nullptr;
+    if (rh_image_new(0, mint(opaque), 1, 3, MImage_Type_Bit8, MImage_CS_RGB, 1, 0, &image) != 0)
+        throw CliError("not enough memory for a frame");
+    const rh::Image opaquePixels(image);
+    auto *rgb = static_cast<std::uint8_t *>(hostTable()->imageFunctions->getRawData(image));
+    for (std::size_t i = 0; i < pixels; ++i)
+        if (!frame.transparent(i)) putColor(rgb, frame.rgb(i)), rgb += 3;
+    QuantizeSettings quantize;
+    quantize.colors = 255;
+    palette.quantized.reset(quantizeImage(opaquePixels.get(), quantize, true));
+    const auto *bytes =
+        static_cast<const std::uint8_t *>(hostTable()->rawArrayFunctions->getData(palette.quantized.get()));
+    palette.rgb.assign(bytes, bytes + hostTable()->rawArrayFunctions->getFlattenedLength(palette.quantized.get()));
+    return palette;
+}
+
+// Pictures with alpha: each frame mapped to a palette of its opaque pixels,
+// with one more entry for its transparent ones. The export's own reducer is
+// not used, since it could merge that entry with a near opaque colour, or
+// dither pixels into and out of it.
+IndexedAnimation alphaFrames(const FramePlan &plan, const GifOptions &o) {
+    IndexedAnimation out;
+    out.settings = o.settings;
+    const std::optional<std::uint32_t> wanted = transparentOption(o.settings);
+    const std::size_t pixels = std::size_t(plan.width * plan.height);
+    out.indices.reset(newFrameIndices(plan.count(), plan.height, plan.width));
+    auto *indices = static_cast<std::uint8_t *>(hostTable()->rawArrayFunctions->getData(out.indices.get()));
+    std::vector<std::vector<std::uint8_t>> palettes;
+    forEachFrame(plan, [&](mint k, const FramePixels &frame) {
+        FramePalette palette = opaquePalette(frame, pixels);
+        // At most 255 colours: the entry after them is still an index.
+        const auto key = std::uint8_t(keyIndex(palette.rgb, wanted));
+        std::unordered_map<std::uint32_t, std::uint8_t> indexOf;
+        for (int i = int(palette.rgb.size() / 3) - 1; i >= 0; --i)
+            indexOf[packed(&palette.rgb[3 * i])] = std::uint8_t(i);
+        std::uint8_t *frameIndices = indices + std::size_t(k) * pixels;
+        if (palette.quantized) {
+            const rh::Image image = rgbFrame(frame, plan, packed(palette.rgb.data()));
+            const rh::Image mapped(ditherImage(image.get(), palette.quantized.get(), o.settings.dither));
+            indicesOf(mapped.get(), indexOf, frame, key, frameIndices, pixels);
+        } else {
+            for (std::size_t i = 0; i < pixels; ++i)
+                frameIndices[i] = frame.transparent(i) ? key : indexOf.at(frame.rgb(i));
+        }
+        for (std::size_t i = 0; i < pixels && !out.anyTransparent; ++i) out.anyTransparent = frame.transparent(i);
+        palettes.push_back(std::move(palette.rgb));
+    });
+    // Every map gets the entry, so that one transparent colour serves all frames.
+    std::size_t colors = 0;
+    for (const auto &palette : palettes) colors = std::max(colors, palette.size() / 3 + 1);
+    std::vector<std::uint8_t> all;
+    for (const auto &palette : palettes) all.insert(all.end(), palette.begin(), palette.end());
+    const std::uint32_t key = wanted.value_or(unusedColor(all));
+    for (auto &palette : palettes) {
+        appendColor(palette, key);
+        palette.resize(colors * 3, 0);
+        out.mapRgb.insert(out.mapRgb.end(), palette.begin(), palette.end());
+    }
+    out.maps = mint(palettes.size());
+    if (out.anyTransparent && !wanted)
+        out.settings.transparent = {double(key >> 16), double(key >> 8 & 0xFF), double(key & 0xFF)};
     return out;
 }
 
@@ -238,15 +379,19 @@ int runGif(const std::vector<std::string> &args) {
     checkPerFrame("--delay", o.settings.delays.size(), plan.count());
     checkPerFrame("--disposal", o.settings.disposals.size(), plan.count());
     // Indices take a byte a pixel; WriteFrames takes the frames' samples.
-    checkFramesFit(plan, o.palette.empty() ? int(plan.channels) : 1);
+    const bool indexed = !o.palette.empty() || plan.alpha;
+    checkFramesFit(plan, indexed ? 1 : int(plan.channels));
     std::optional<IndexedAnimation> animation;
     rh::Image image;
     if (!o.palette.empty()) animation = paletteFrames(plan, o);
+    else if (plan.alpha) animation = alphaFrames(plan, o);
     else image.reset(frameImage(plan));
     std::uintmax_t bytes = 0;
     writeOutput(o.output, [&](const std::string &file) {
-        if (animation) writeIndexedGif(animation->mapRgb, animation->maps, animation->indices.get(), animation->settings, file);
-        else writeImageGif(image.get(), o.settings, file);
+        if (animation)
+            writeIndexedGif(animation->mapRgb, animation->maps, animation->indices.get(), animation->settings, file);
+        else
+            writeImageGif(image.get(), o.settings, file);
         std::error_code unsized;  // a device has no size
         bytes = std::filesystem::file_size(file, unsized);
         warnIfBackgroundLost(o.settings.background, file);

@@ -50,16 +50,16 @@ FrameInput planGif(FramePlan &plan, const std::string &path) {
 FrameInput planPicture(FramePlan &plan, const std::string &path) {
     const PictureShape shape = readImageShape(path);
     if (shape.bits != 8) throw CliError(path + ": only 8-bit pictures can go into a GIF file");
-    if (shape.alpha) throw CliError(path + " has an alpha channel; give opaque frames (--transparent marks a colour)");
-    if (shape.channels != 1 && shape.channels != 3)
+    const mint colorChannels = shape.alpha ? shape.channels - 1 : shape.channels;
+    if (colorChannels != 1 && colorChannels != 3)
         throw CliError(path + ": " + std::to_string(shape.channels) + " channels; frames are grey or RGB");
-    fitInput(plan, path, shape.width, shape.height, shape.channels);
-    return {path, false, 1};
+    fitInput(plan, path, shape.width, shape.height, colorChannels);
+    return {path, false, 1, shape.alpha};
 }
 
 // Checks that a decoded picture is what its header promised: a file can
 // change between the two readings.
-FramePixels framePixels(MImage image, const FramePlan &plan, const std::string &name) {
+FramePixels framePixels(MImage image, const FramePlan &plan, const std::string &name, bool dropAlpha) {
     const QuorbelImageFunctions images = hostTable()->imageFunctions;
     const bool alpha = images->alphaChannelQ(image) != 0;
     FramePixels pixels{static_cast<const std::uint8_t *>(images->getRawData(image)),
@@ -68,6 +68,7 @@ FramePixels framePixels(MImage image, const FramePlan &plan, const std::string &
         images->getRowCount(image) != plan.height || (pixels.colorChannels != 1 && pixels.colorChannels != 3) ||
         (pixels.colorChannels == 3 && plan.channels == 1))
         throw CliError(name + " changed while it was read");
+    if (dropAlpha) pixels.alpha = false;
     return pixels;
 }
 
@@ -97,6 +98,7 @@ FramePlan planFrames(const std::vector<std::string> &arguments) {
     for (const std::string &argument : arguments) {
         const std::string path = readablePath(argument);
         plan.inputs.push_back(isGifFile(path) ? planGif(plan, path) : planPicture(plan, path));
+        plan.alpha = plan.alpha || plan.inputs.back().alpha;
     }
     return plan;
 }
@@ -122,7 +124,7 @@ void forEachFrame(const FramePlan &plan, const std::function<void(mint, const Fr
         const FrameInput &input = plan.inputs[i];
         if (!input.gif) {
             const rh::Image picture(readImageFile(input.path));
-            take(frame++, framePixels(picture.get(), plan, input.path));
+            take(frame++, framePixels(picture.get(), plan, input.path, false));
         } else {
             for (long number = 1; number <= input.frames; ++number) {
                 const RhValue args[2] = {{RH_STRING, {.string = input.path.c_str()}, 0},
@@ -131,7 +133,7 @@ void forEachFrame(const FramePlan &plan, const std::function<void(mint, const Fr
                 const int code = rh_call(plugin(), "ReadOneFrame", 2, args, &result);
                 if (code != 0) throw CliError(importFailure(input.path, code));
                 const rh::Image picture(result.value.image);
-                take(frame++, framePixels(picture.get(), plan, input.path + " frame " + std::to_string(number)));
+                take(frame++, framePixels(picture.get(), plan, input.path + " frame " + std::to_string(number), true));
             }
             forgetGif(input.path);
         }

@@ -15,6 +15,7 @@ struct FrameInput {
     std::string path;  // readable: standard input's copy for "-"
     bool gif = false;
     long frames = 1;
+    bool alpha = false;  // a picture with an alpha channel
 };
 
 // Every frame of the inputs, learnt from headers and GIF metadata before any
@@ -22,13 +23,14 @@ struct FrameInput {
 struct FramePlan {
     std::vector<FrameInput> inputs;
     mint width = 0, height = 0;
-    mint channels = 0;  // 1 when every input is grey, else 3
+    mint channels = 0;   // 1 when every input is grey, else 3
+    bool alpha = false;  // some picture has an alpha channel
 
     mint count() const;
 };
 
 // Throws CliError for an input that cannot be read, has another size than
-// the ones before it, has other than 8-bit samples or has alpha.
+// the ones before it, or has other than 8-bit samples.
 FramePlan planFrames(const std::vector<std::string> &arguments);
 
 // Refuses frames that, at `bytesPerPixel`, would take more than the memory
@@ -36,14 +38,16 @@ FramePlan planFrames(const std::vector<std::string> &arguments);
 void checkFramesFit(const FramePlan &plan, int bytesPerPixel);
 
 // One decoded frame of the plan's size: 8-bit interleaved samples, grey or
-// RGB, and with `alpha` a last alpha channel, which a GIF frame's
-// pictures can have.
+// RGB, and with `alpha` a last alpha channel. A GIF frame comes without
+// alpha: its transparency has already been composited.
 struct FramePixels {
     const std::uint8_t *samples = nullptr;
     int colorChannels = 3;
     bool alpha = false;
 
     int stride() const { return colorChannels + (alpha ? 1 : 0); }
+    // GIF pixels are either shown or not: below half opacity counts as not.
+    bool transparent(std::size_t pixel) const { return alpha && samples[pixel * stride() + stride() - 1] < 128; }
     std::uint32_t rgb(std::size_t pixel) const;  // packed 0xRRGGBB
 };
 
@@ -52,8 +56,8 @@ struct FramePixels {
 void forEachFrame(const FramePlan &plan, const std::function<void(mint, const FramePixels &)> &take);
 
 // A new interleaved host image with one slice per frame, grey or RGB as the
-// plan says, each frame decoded straight into its slice, without alpha. The
-// caller frees it.
+// plan says, each frame decoded straight into its slice; any alpha is
+// dropped. The caller frees it.
 MImage frameImage(const FramePlan &plan);
 
 }  // namespace tarvex_cli
