@@ -234,6 +234,29 @@ TEST_F(GifCommandTest, AlphaBelowHalfBecomesTransparency) {
     expectTransparency(decode(path("red.gif")).gif, 0, red, true);
 }
 
+// A GIF input with a transparent colour comes from the plug-in with an alpha
+// channel; that alpha is dropped, and must not shift the colours after it.
+TEST_F(GifCommandTest, GifInputsWithTransparencyKeepTheirOpaqueColours) {
+    const std::string grey = png("g.png", kW, kH, 1, 2);
+    ASSERT_EQ(run({"-o", path("clear.gif"), grey, "--transparent", "0"}), 0);
+    const Decoded clear = decode(path("clear.gif"));
+    const int key = clear.gif.images.at(0).control->TransparentColor;
+    ASSERT_GE(key, 0);
+    const AlphaFrame few = fewColours(path("few.png"));
+    // Without and with a PNG's alpha, which takes the tool's own mapping.
+    for (const std::vector<std::string> &more : {std::vector<std::string>{}, std::vector<std::string>{few.file}}) {
+        std::vector<std::string> args{"-o", path("again.gif"), path("clear.gif"), "--dither", "none"};
+        args.insert(args.end(), more.begin(), more.end());
+        ASSERT_EQ(run(args), 0);
+        const Decoded again = decode(path("again.gif"));
+        ASSERT_EQ(again.gif.images.size(), 1 + more.size());
+        std::size_t changed = 0;
+        for (std::size_t i = 0; i < clear.gif.images[0].indices.size(); ++i)
+            changed += clear.gif.images[0].indices[i] != key && !(again.gif.color(0, i) == clear.gif.color(0, i));
+        EXPECT_EQ(changed, 0u) << more.size() << " PNG frames with alpha after it";
+    }
+}
+
 TEST_F(GifCommandTest, AlphaAgainstAPaletteTakesAnEntryAfterIt) {
     const AlphaFrame few = fewColours(path("few.png"));
     ASSERT_EQ(run({"-o", path("pal.gif"), few.file, "--palette", "#ff0000,#00c800,#0a141e"}), 0);

@@ -68,7 +68,7 @@ FramePixels framePixels(MImage image, const FramePlan &plan, const std::string &
         images->getRowCount(image) != plan.height || (pixels.colorChannels != 1 && pixels.colorChannels != 3) ||
         (pixels.colorChannels == 3 && plan.channels == 1))
         throw CliError(name + " changed while it was read");
-    if (dropAlpha) pixels.alpha = false;
+    pixels.alphaIgnored = dropAlpha;
     return pixels;
 }
 

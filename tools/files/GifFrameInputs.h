@@ -38,16 +38,19 @@ FramePlan planFrames(const std::vector<std::string> &arguments);
 void checkFramesFit(const FramePlan &plan, int bytesPerPixel);
 
 // One decoded frame of the plan's size: 8-bit interleaved samples, grey or
-// RGB, and with `alpha` a last alpha channel. A GIF frame comes without
-// alpha: its transparency has already been composited.
+// RGB, and with `alpha` a last alpha channel. A GIF frame's alpha is still
+// there but is ignored: its transparency has already been composited.
 struct FramePixels {
     const std::uint8_t *samples = nullptr;
     int colorChannels = 3;
     bool alpha = false;
+    bool alphaIgnored = false;
 
     int stride() const { return colorChannels + (alpha ? 1 : 0); }
     // GIF pixels are either shown or not: below half opacity counts as not.
-    bool transparent(std::size_t pixel) const { return alpha && samples[pixel * stride() + stride() - 1] < 128; }
+    bool transparent(std::size_t pixel) const {
+        return alpha && !alphaIgnored && samples[pixel * stride() + stride() - 1] < 128;
+    }
     std::uint32_t rgb(std::size_t pixel) const;  // packed 0xRRGGBB
 };
 
