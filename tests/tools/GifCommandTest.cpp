@@ -263,9 +263,20 @@ TEST_F(GifCommandTest, AlphaAgainstAPaletteTakesAnEntryAfterIt) {
     const Decoded written = decode(path("pal.gif"));
     expectTransparency(written.gif, 0, few, true);
     EXPECT_EQ(written.gif.images[0].control->TransparentColor, 3);
+    // An alpha channel that hides nothing needs no entry: a full map will do.
+    const std::string opaque = writeTestPng(path("opaque.png"), kW, kH, 4, 8, [](int i, int k) {
+        return std::uint16_t(k == 3 ? 128 + i % 128 : i * 3 % 256);
+    }, true);
+    ASSERT_EQ(run({"-o", path("full.gif"), opaque, "--palette", "332"}), 0);
+    const Decoded full = decode(path("full.gif"));
+    EXPECT_EQ(full.gif.globalMap.size(), 256u);
+    EXPECT_TRUE(!full.gif.images[0].control || full.gif.images[0].control->TransparentColor < 0);
     const std::string message =
-        cliFailure([&] { run({"-o", path("x.gif"), few.file, "--palette", "332"}); }, 1);
-    EXPECT_NE(message.find("332: 256 colours leave no entry for transparent pixels"), std::string::npos) << message;
+        cliFailure([&] { run({"-o", path("x.gif"), opaque, few.file, "--palette", "332"}); }, 1);
+    EXPECT_NE(message.find("332: 256 colours leave no entry for the transparent pixels of frame 2"),
+              std::string::npos)
+        << message;
+    EXPECT_FALSE(std::filesystem::exists(path("x.gif")));
 }
 
 TEST_F(GifCommandTest, RefusesWithAClearMessage) {

@@ -65,8 +65,8 @@ the plug-in composites them, without alpha.
                          with DitherImage. P is anything dither --palette
                          takes (colours, a named palette such as web or 332,
                          a text file, an image, a GIF's palette); at most 256
-                         colours, 255 with alpha, which takes an entry after
-                         them.
+                         colours, 255 when a frame has transparent pixels,
+                         which take an entry after them.
   -q, --quiet            no summary and no progress line
 
 An input may be - for standard input. A COLOR is "#rrggbb", "r,g,b" or one
@@ -248,18 +248,23 @@ IndexedAnimation paletteFrames(const FramePlan &plan, const GifOptions &o) {
     out.settings = o.settings;
     const std::optional<std::uint32_t> wanted = transparentOption(o.settings);
     const std::size_t key = keyIndex(out.mapRgb, wanted);
-    if (plan.alpha && key == 256)
-        throw CliError(o.palette + ": 256 colours leave no entry for transparent pixels; give at most 255");
     std::unordered_map<std::uint32_t, std::uint8_t> indexOf;
     for (int i = int(colors.size()) - 1; i >= 0; --i) indexOf[packed(palette + 3 * i)] = std::uint8_t(i);
     const std::size_t pixels = std::size_t(plan.width * plan.height);
     out.indices.reset(newFrameIndices(plan.count(), plan.height, plan.width));
     auto *indices = static_cast<std::uint8_t *>(hostTable()->rawArrayFunctions->getData(out.indices.get()));
     forEachFrame(plan, [&](mint k, const FramePixels &frame) {
+        bool transparent = false;
+        for (std::size_t i = 0; i < pixels && !transparent; ++i) transparent = frame.transparent(i);
+        // Pictures saved with an alpha channel are often opaque throughout:
+        // only a transparent pixel needs the entry after the palette.
+        if (transparent && key == 256)
+            throw CliError(o.palette + ": 256 colours leave no entry for the transparent pixels of frame " +
+                           std::to_string(k + 1) + "; give at most 255");
+        out.anyTransparent = out.anyTransparent || transparent;
         const rh::Image image = rgbFrame(frame, plan, packed(palette));
         const rh::Image mapped(ditherImage(image.get(), colorMap.get(), o.settings.dither));
         indicesOf(mapped.get(), indexOf, frame, std::uint8_t(key), indices + std::size_t(k) * pixels, pixels);
-        for (std::size_t i = 0; i < pixels && !out.anyTransparent; ++i) out.anyTransparent = frame.transparent(i);
     });
     if (out.anyTransparent && key == colors.size()) {
         appendColor(out.mapRgb, wanted.value_or(unusedColor(out.mapRgb)));
