@@ -234,6 +234,26 @@ TEST_F(GifCommandTest, AlphaBelowHalfBecomesTransparency) {
     expectTransparency(decode(path("red.gif")).gif, 0, red, true);
 }
 
+TEST_F(GifCommandTest, AlphaFramesOfOneMapShareIt) {
+    const AlphaFrame few = fewColours(path("few.png")), grey = greyAlpha(path("grey.png"));
+    const tarvex_test::ProgramRun shared =
+        tarvex_test::runTool({"gif", "-o", path("shared.gif"), few.file, few.file, "--background", "#00c800"});
+    EXPECT_EQ(shared.status, 0) << shared.err;
+    EXPECT_EQ(shared.err, "");
+    const Decoded written = decode(path("shared.gif"));
+    ASSERT_EQ(written.gif.images.size(), 2u);
+    EXPECT_EQ(written.gif.globalMap.size(), 4u);
+    for (std::size_t k = 0; k < 2; ++k) {
+        EXPECT_TRUE(written.gif.images[k].localMap.empty()) << "frame " << k;
+        expectTransparency(written.gif, k, few, true);
+    }
+    ASSERT_EQ(run({"-o", path("own.gif"), few.file, grey.file}), 0);
+    const Decoded own = decode(path("own.gif"));
+    EXPECT_TRUE(own.gif.globalMap.empty());
+    expectTransparency(own.gif, 0, few, true);
+    expectTransparency(own.gif, 1, grey, true);
+}
+
 // A GIF input with a transparent colour comes from the plug-in with an alpha
 // channel; that alpha is dropped, and must not shift the colours after it.
 TEST_F(GifCommandTest, GifInputsWithTransparencyKeepTheirOpaqueColours) {

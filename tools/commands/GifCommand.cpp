@@ -41,8 +41,9 @@ is below half (128 of 255): GIF pixels are either shown or not, so partial
 alpha is thresholded, not blended. Such animations are mapped by the tool itself
 (WriteColormaps): every frame gets a map of its opaque colours, or of 255
 from ImageQuantize when it has more, with one more entry for its transparent
-pixels. A GIF input's transparency is not carried over: its frames come as
-the plug-in composites them, without alpha.
+pixels; frames whose maps come out the same share one. A GIF input's
+transparency is not carried over: its frames come as the plug-in composites
+them, without alpha.
 
   -o OUT.gif             the file to write; - for standard output
   --delay S[,S...]       seconds each frame shows: one for all, or one per
@@ -350,7 +351,12 @@ IndexedAnimation alphaFrames(const FramePlan &plan, const GifOptions &o) {
         palette.resize(colors * 3, 0);
         out.mapRgb.insert(out.mapRgb.end(), palette.begin(), palette.end());
     }
-    out.maps = mint(palettes.size());
+    // Frames of one map share it: the file holds it once, and the screen can
+    // take a --background from it.
+    const bool shared = std::all_of(palettes.begin(), palettes.end(),
+                                    [&](const std::vector<std::uint8_t> &p) { return p == palettes.front(); });
+    out.maps = shared ? 1 : mint(palettes.size());
+    out.mapRgb.resize(std::size_t(out.maps) * colors * 3);
     if (out.anyTransparent && !wanted)
         out.settings.transparent = {double(key >> 16), double(key >> 8 & 0xFF), double(key & 0xFF)};
     return out;
