@@ -277,6 +277,19 @@ TEST_F(GifCommandTest, GifInputsWithTransparencyKeepTheirOpaqueColours) {
     }
 }
 
+// Many pictures carry an alpha channel that hides nothing: they are written
+// as the same pictures without it.
+TEST_F(GifCommandTest, AnAlphaChannelThatHidesNoPixelIsIgnored) {
+    const auto colour = [](int i, int k) { return std::uint16_t((i * 7 + k * 50) % 256); };
+    const std::string rgb = writeTestPng(path("rgb.png"), kW, kH, 3, 8, colour);
+    const std::string rgba = writeTestPng(path("rgba.png"), kW, kH, 4, 8, [&](int i, int k) {
+        return k == 3 ? std::uint16_t(128 + i % 128) : colour(i, k);
+    }, true);
+    ASSERT_EQ(run({"-o", path("rgb.gif"), rgb, rgb}), 0);
+    ASSERT_EQ(run({"-o", path("rgba.gif"), rgba, rgb}), 0);
+    EXPECT_EQ(readFileBytes(path("rgba.gif")), readFileBytes(path("rgb.gif")));
+}
+
 TEST_F(GifCommandTest, AlphaAgainstAPaletteTakesAnEntryAfterIt) {
     const AlphaFrame few = fewColours(path("few.png"));
     ASSERT_EQ(run({"-o", path("pal.gif"), few.file, "--palette", "#ff0000,#00c800,#0a141e"}), 0);

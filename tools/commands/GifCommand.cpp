@@ -38,7 +38,8 @@ reduced to 256 colours each; grey frames share one map of their levels.
 
 A PNG picture with an alpha channel makes its pixels transparent where alpha
 is below half (128 of 255): GIF pixels are either shown or not, so partial
-alpha is thresholded, not blended. Such animations are mapped by the tool itself
+alpha is thresholded, not blended; an alpha channel that hides no pixel is
+ignored. Animations with transparent pixels are mapped by the tool itself
 (WriteColormaps): every frame gets a map of its opaque colours, or of 255
 from ImageQuantize when it has more, with one more entry for its transparent
 pixels; frames whose maps come out the same share one. A GIF input's

@@ -47,6 +47,21 @@ FrameInput planGif(FramePlan &plan, const std::string &path) {
     return input;
 }
 
+// Whether a picture's alpha makes any pixel transparent. Many pictures carry
+// an alpha channel that hides nothing; they are written as the same picture
+// without it would be, through the export's own colour reduction.
+bool hidesAPixel(const std::string &path) {
+    const rh::Image picture(readImageFile(path));
+    const QuorbelImageFunctions images = hostTable()->imageFunctions;
+    if (!images->alphaChannelQ(picture.get()) || images->getDataType(picture.get()) != MImage_Type_Bit8) return false;
+    const auto *samples = static_cast<const std::uint8_t *>(images->getRawData(picture.get()));
+    const std::size_t stride = std::size_t(images->getChannels(picture.get()));
+    const std::size_t pixels = std::size_t(images->getRowCount(picture.get()) * images->getColumnCount(picture.get()));
+    for (std::size_t i = 0; i < pixels; ++i)
+        if (samples[i * stride + stride - 1] < kLeastShownAlpha) return true;
+    return false;
+}
+
 FrameInput planPicture(FramePlan &plan, const std::string &path) {
     const PictureShape shape = readImageShape(path);
     if (shape.bits != 8) throw CliError(path + ": only 8-bit pictures can go into a GIF file");
@@ -54,7 +69,7 @@ FrameInput planPicture(FramePlan &plan, const std::string &path) {
     if (colorChannels != 1 && colorChannels != 3)
         throw CliError(path + ": " + std::to_string(shape.channels) + " channels; frames are grey or RGB");
     fitInput(plan, path, shape.width, shape.height, colorChannels);
-    return {path, false, 1, shape.alpha};
+    return {path, false, 1, shape.alpha && hidesAPixel(path)};
 }
 
 // Checks that a decoded picture is what its header promised: a file can
@@ -124,7 +139,7 @@ void forEachFrame(const FramePlan &plan, const std::function<void(mint, const Fr
         const FrameInput &input = plan.inputs[i];
         if (!input.gif) {
             const rh::Image picture(readImageFile(input.path));
-            take(frame++, framePixels(picture.get(), plan, input.path, false));
+            take(frame++, framePixels(picture.get(), plan, input.path, !input.alpha));
         } else {
             for (long number = 1; number <= input.frames; ++number) {
                 const RhValue args[2] = {{RH_STRING, {.string = input.path.c_str()}, 0},

@@ -9,13 +9,16 @@
 
 namespace tarvex_cli {
 
+// GIF pixels are either shown or not: below half opacity counts as not.
+constexpr std::uint8_t kLeastShownAlpha = 128;
+
 // One input of a GIF file: a PNG or JPEG picture (one frame) or a GIF file
 // (its composited frames).
 struct FrameInput {
     std::string path;  // readable: standard input's copy for "-"
     bool gif = false;
     long frames = 1;
-    bool alpha = false;  // a picture with an alpha channel
+    bool alpha = false;  // a picture whose alpha makes some pixel transparent
 };
 
 // Every frame of the inputs, learnt from headers and GIF metadata before any
@@ -24,7 +27,7 @@ struct FramePlan {
     std::vector<FrameInput> inputs;
     mint width = 0, height = 0;
     mint channels = 0;   // 1 when every input is grey, else 3
-    bool alpha = false;  // some picture has an alpha channel
+    bool alpha = false;  // some picture has transparent pixels
 
     mint count() const;
 };
@@ -47,9 +50,8 @@ struct FramePixels {
     bool alphaIgnored = false;
 
     int stride() const { return colorChannels + (alpha ? 1 : 0); }
-    // GIF pixels are either shown or not: below half opacity counts as not.
     bool transparent(std::size_t pixel) const {
-        return alpha && !alphaIgnored && samples[pixel * stride() + stride() - 1] < 128;
+        return alpha && !alphaIgnored && samples[pixel * stride() + stride() - 1] < kLeastShownAlpha;
     }
     std::uint32_t rgb(std::size_t pixel) const;  // packed 0xRRGGBB
 };
