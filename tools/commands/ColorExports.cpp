@@ -99,19 +99,14 @@ MImage paletteAtIndices(MImage image, MRawArray palette, MRawArray indices) {
     const mint paletteRows = arrays->getDimensions(palette)[0];
     auto *out = static_cast<unsigned char *>(images->getRawData(made));
     const void *data = arrays->getData(indices);
+    const auto lookUp = [&](const auto *typed) {
+        lookUpColours(typed, pixels, colours, paletteRows, colourBytes, out);
+    };
     switch (arrays->getType(indices)) {
-    case MRawArray_Type_UBit8:
-        lookUpColours(static_cast<const std::uint8_t *>(data), pixels, colours, paletteRows, colourBytes, out);
-        break;
-    case MRawArray_Type_UBit16:
-        lookUpColours(static_cast<const std::uint16_t *>(data), pixels, colours, paletteRows, colourBytes, out);
-        break;
-    case MRawArray_Type_UBit32:
-        lookUpColours(static_cast<const std::uint32_t *>(data), pixels, colours, paletteRows, colourBytes, out);
-        break;
-    case MRawArray_Type_UBit64:
-        lookUpColours(static_cast<const std::uint64_t *>(data), pixels, colours, paletteRows, colourBytes, out);
-        break;
+    case MRawArray_Type_UBit8: lookUp(static_cast<const std::uint8_t *>(data)); break;
+    case MRawArray_Type_UBit16: lookUp(static_cast<const std::uint16_t *>(data)); break;
+    case MRawArray_Type_UBit32: lookUp(static_cast<const std::uint32_t *>(data)); break;
+    case MRawArray_Type_UBit64: lookUp(static_cast<const std::uint64_t *>(data)); break;
     default: throw CliError("ImageQuantize gave indices of an unexpected type");
     }
     return redrawn.release();
