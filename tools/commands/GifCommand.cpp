@@ -36,15 +36,15 @@ pictures, grey or RGB, one frame each, and GIF files, whose composited frames
 are taken in order. Every frame must have the same size. RGB frames are
 reduced to 256 colours each; grey frames share one map of their levels.
 
-A PNG picture with an alpha channel makes its pixels transparent where alpha
-is below half (128 of 255): GIF pixels are either shown or not, so partial
-alpha is thresholded, not blended; an alpha channel that hides no pixel is
-ignored. Animations with transparent pixels are mapped by the tool itself
+Transparent pixels stay transparent: those of a GIF input's composited
+frames, and those of a PNG picture where alpha is below half (128 of 255).
+GIF pixels are either shown or not, so partial alpha is thresholded, not
+blended; an alpha channel that hides no pixel is ignored. Animations with
+transparent pixels take disposal 2 unless --disposal is given, so that each
+frame shows as its picture, and are mapped by the tool itself
 (WriteColormaps): every frame gets a map of its opaque colours, or of 255
 from ImageQuantize when it has more, with one more entry for its transparent
-pixels; frames whose maps come out the same share one. A GIF input's
-transparency is not carried over: its frames come as the plug-in composites
-them, without alpha.
+pixels; frames whose maps come out the same share one.
 
   -o OUT.gif             the file to write; - for standard output
   --delay S[,S...]       seconds each frame shows: one for all, or one per
@@ -62,6 +62,7 @@ them, without alpha.
                          are given (else one that no map entry has)
   --disposal D[,D...]    0 unspecified, 1 leave, 2 restore to background,
                          3 restore to previous: one for all, or one per frame
+                         (default 0, or 2 with transparent pixels)
   --palette P            write indices against this colour map instead
                          (WriteColormaps): each frame is first mapped to it
                          with DitherImage. P is anything dither --palette
@@ -86,6 +87,7 @@ struct GifOptions {
     std::vector<std::string> inputs;
     GifSettings settings;
     std::string palette;
+    bool disposalGiven = false;
 };
 
 [[noreturn]] void badValue(const std::string &option, const std::string &value, const char *wanted) {
@@ -154,6 +156,7 @@ GifOptions parseOptions(const std::vector<std::string> &args) {
     o.comments = parsed.values("--comment");
     if (auto color = parsed.value("--background")) o.background = colorOption("--background", *color);
     if (auto color = parsed.value("--transparent")) o.transparent = colorOption("--transparent", *color);
+    options.disposalGiven = parsed.has("--disposal");
     if (auto disposals = parsed.value("--disposal"))
         o.disposals = numberList("--disposal", *disposals, isDisposal, "modes 0 to 3");
     if (options.output.empty()) throw usageError("gif: give the file to write with -o");
@@ -386,8 +389,11 @@ void warnIfBackgroundLost(const std::vector<double> &wanted, const std::string &
 
 int runGif(const std::vector<std::string> &args) {
     const auto start = std::chrono::steady_clock::now();
-    const GifOptions o = parseOptions(args);
+    GifOptions o = parseOptions(args);
     const FramePlan plan = planFrames(o.inputs);
+    // Frames are whole pictures: what one leaves must not show through the
+    // transparent pixels of the next.
+    if (plan.alpha && !o.disposalGiven) o.settings.disposals = {2};
     checkPerFrame("--delay", o.settings.delays.size(), plan.count());
     checkPerFrame("--disposal", o.settings.disposals.size(), plan.count());
     // Indices take a byte a pixel; WriteFrames takes the frames' samples.

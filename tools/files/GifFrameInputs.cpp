@@ -37,6 +37,37 @@ void fitInput(FramePlan &plan, const std::string &name, mint width, mint height,
     if (colorChannels == 3 || plan.channels == 0) plan.channels = colorChannels;
 }
 
+// Whether a picture's alpha makes any pixel transparent. Many pictures carry
+// an alpha channel that hides nothing; they are written as the same picture
+// without it would be, through the export's own colour reduction.
+bool hidesAPixel(MImage picture) {
+    const QuorbelImageFunctions images = hostTable()->imageFunctions;
+    if (!images->alphaChannelQ(picture) || images->getDataType(picture) != MImage_Type_Bit8) return false;
+    const auto *samples = static_cast<const std::uint8_t *>(images->getRawData(picture));
+    const std::size_t stride = std::size_t(images->getChannels(picture));
+    const std::size_t pixels = std::size_t(images->getRowCount(picture) * images->getColumnCount(picture));
+    for (std::size_t i = 0; i < pixels; ++i)
+        if (samples[i * stride + stride - 1] < kLeastShownAlpha) return true;
+    return false;
+}
+
+rh::Image gifFrame(const std::string &path, long number) {
+    const RhValue args[2] = {{RH_STRING, {.string = path.c_str()}, 0}, {RH_INTEGER, {.integer = number}, 0}};
+    RhValue result{RH_IMAGE, {}, 0};
+    const int code = rh_call(plugin(), "ReadOneFrame", 2, args, &result);
+    if (code != 0) throw CliError(importFailure(path, code));
+    return rh::Image(result.value.image);
+}
+
+// Only frames with a transparent colour, or smaller than the screen, can
+// show a transparent pixel; those are composited once more to see.
+bool gifHidesAPixel(const std::string &path) {
+    const GifFacts facts = readGifFacts(path);
+    for (std::size_t k = 0; k < facts.frames.size(); ++k)
+        if (facts.frames[k].channels == 4 && hidesAPixel(gifFrame(path, long(k) + 1).get())) return true;
+    return false;
+}
+
 FrameInput planGif(FramePlan &plan, const std::string &path) {
     const ImportExpr metadata = askGifReader("ReadFileMetadata", path);
     FrameInput input{path, true, static_cast<long>(rh_expr_integer(ruleValue(metadata.get(), "ImageCount")))};
@@ -44,22 +75,8 @@ FrameInput planGif(FramePlan &plan, const std::string &path) {
     // The plug-in composites GIF frames to RGB pictures.
     fitInput(plan, path, mint(rh_expr_integer(rh_expr_part(size, 0))), mint(rh_expr_integer(rh_expr_part(size, 1))),
              3);
+    input.alpha = gifHidesAPixel(path);
     return input;
-}
-
-// Whether a picture's alpha makes any pixel transparent. Many pictures carry
-// an alpha channel that hides nothing; they are written as the same picture
-// without it would be, through the export's own colour reduction.
-bool hidesAPixel(const std::string &path) {
-    const rh::Image picture(readImageFile(path));
-    const QuorbelImageFunctions images = hostTable()->imageFunctions;
-    if (!images->alphaChannelQ(picture.get()) || images->getDataType(picture.get()) != MImage_Type_Bit8) return false;
-    const auto *samples = static_cast<const std::uint8_t *>(images->getRawData(picture.get()));
-    const std::size_t stride = std::size_t(images->getChannels(picture.get()));
-    const std::size_t pixels = std::size_t(images->getRowCount(picture.get()) * images->getColumnCount(picture.get()));
-    for (std::size_t i = 0; i < pixels; ++i)
-        if (samples[i * stride + stride - 1] < kLeastShownAlpha) return true;
-    return false;
 }
 
 FrameInput planPicture(FramePlan &plan, const std::string &path) {
@@ -69,7 +86,7 @@ FrameInput planPicture(FramePlan &plan, const std::string &path) {
     if (colorChannels != 1 && colorChannels != 3)
         throw CliError(path + ": " + std::to_string(shape.channels) + " channels; frames are grey or RGB");
     fitInput(plan, path, shape.width, shape.height, colorChannels);
-    return {path, false, 1, shape.alpha && hidesAPixel(path)};
+    return {path, false, 1, shape.alpha && hidesAPixel(rh::Image(readImageFile(path)).get())};
 }
 
 // Checks that a decoded picture is what its header promised: a file can
@@ -142,13 +159,9 @@ void forEachFrame(const FramePlan &plan, const std::function<void(mint, const Fr
             take(frame++, framePixels(picture.get(), plan, input.path, !input.alpha));
         } else {
             for (long number = 1; number <= input.frames; ++number) {
-                const RhValue args[2] = {{RH_STRING, {.string = input.path.c_str()}, 0},
-                                         {RH_INTEGER, {.integer = number}, 0}};
-                RhValue result{RH_IMAGE, {}, 0};
-                const int code = rh_call(plugin(), "ReadOneFrame", 2, args, &result);
-                if (code != 0) throw CliError(importFailure(input.path, code));
-                const rh::Image picture(result.value.image);
-                take(frame++, framePixels(picture.get(), plan, input.path + " frame " + std::to_string(number), true));
+                const rh::Image picture = gifFrame(input.path, number);
+                const std::string name = input.path + " frame " + std::to_string(number);
+                take(frame++, framePixels(picture.get(), plan, name, !input.alpha));
             }
             forgetGif(input.path);
         }

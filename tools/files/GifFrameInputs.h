@@ -18,7 +18,7 @@ struct FrameInput {
     std::string path;  // readable: standard input's copy for "-"
     bool gif = false;
     long frames = 1;
-    bool alpha = false;  // a picture whose alpha makes some pixel transparent
+    bool alpha = false;  // some pixel of its pictures is transparent
 };
 
 // Every frame of the inputs, learnt from headers and GIF metadata before any
@@ -41,8 +41,8 @@ FramePlan planFrames(const std::vector<std::string> &arguments);
 void checkFramesFit(const FramePlan &plan, int bytesPerPixel);
 
 // One decoded frame of the plan's size: 8-bit interleaved samples, grey or
-// RGB, and with `alpha` a last alpha channel. A GIF frame's alpha is still
-// there but is ignored: its transparency has already been composited.
+// RGB, and with `alpha` a last alpha channel. The alpha of an input that
+// shows no transparent pixel is still there but is ignored.
 struct FramePixels {
     const std::uint8_t *samples = nullptr;
     int colorChannels = 3;
