@@ -199,6 +199,19 @@ TEST_F(QuantizeCommand, IndicesGoToStandardOutput) {
     EXPECT_FALSE(std::filesystem::exists("-"));
 }
 
+// A stream has no extension: gif: and png: choose the format outright.
+TEST_F(QuantizeCommand, PrefixesChooseTheFormatOfAnOutput) {
+    const std::string in = picture(3);
+    const ProgramRun gif = quantize(in, {"-o", "gif:-", "--colors", "8"});
+    ASSERT_EQ(gif.status, 0) << gif.err;
+    EXPECT_EQ(gif.out.substr(0, 6), "GIF89a");
+    ASSERT_EQ(quantize(in, {"-o", "GIF:" + path("q.png"), "--colors", "8"}).status, 0);
+    ASSERT_EQ(quantize(in, {"-o", "png:" + path("q.gif"), "--colors", "8"}).status, 0);
+    EXPECT_EQ(fileContents(path("q.png")).substr(0, 6), "GIF89a");
+    EXPECT_EQ(fileContents(path("q.gif")).substr(1, 3), "PNG");
+    EXPECT_EQ(readTestPng(path("q.gif")).colors().size(), 8u);
+}
+
 TEST_F(QuantizeCommand, AnImageOfFewColoursComesBackAsItIs) {
     const std::string in = writeTestPng(path("two.png"), 6, 6, 3, 8, [](int i, int k) { return i % 2 ? 250 : k * 9; });
     const ProgramRun run = quantize(in, {"-o", path("q.gif"), "--colors", "4"});
@@ -230,6 +243,7 @@ TEST_F(QuantizeCommand, RefusalsOfTheCommandLine) {
         {{"quantize", in, in, "-o", path("q.png")}, "quantize: give one input image, not 2"},
         {{"quantize", in, "-o", "-", "--palette-out", "-"}, "only one of -o, --palette-out and --indices-out can be -"},
         {{"quantize", in, "-o", path("q.png"), "--palette-out", "-", "--indices-out", "-"}, "can be - (standard output)"},
+        {{"quantize", in, "-o", "gif:-", "--indices-out", "-"}, "can be - (standard output)"},
         {{"colors", in, "--json"}, "colors: unknown option --json"},
         {{"colors"}, "colors: give one image"},
     };

@@ -27,7 +27,8 @@ None and FloydSteinberg, are taken too.
 IN is a PNG (8 or 16 bits, kept so) or JPEG file, - for standard input.
 OUT's extension chooses its format: .png, or .gif (written by the plug-in's
 WriteColormaps, for 8-bit grey or RGB results of at most 256 colours); - is
-PNG on standard output. With --layout, IN is a raw sample file of that
+PNG on standard output, gif:- GIF (gif:OUT and png:OUT choose the format
+whatever OUT's extension). With --layout, IN is a raw sample file of that
 layout (type=real32,width=W,height=H,channels=C[,slices=S]) and OUT is
 written as one; its layout is printed.
 

@@ -163,6 +163,7 @@ GifOptions parseOptions(const std::vector<std::string> &args) {
     if (options.inputs.empty()) throw usageError("gif: give at least one input picture");
     if (!isStreamTarget(options.output) && imageFormatFor("gif", options.output) != ImageFormat::Gif)
         throw usageError("gif: writes GIF files; name the output FILE.gif");
+    options.output = outputPath(options.output);
     return options;
 }
 

@@ -36,7 +36,8 @@ back as it is.
 
   -o, --output OUT      the redrawn image: .png, or .gif for 8-bit grey or RGB
                         images and at most 256 colours; - is PNG on standard
-                        output
+                        output, gif:- GIF (gif:OUT and png:OUT choose the
+                        format whatever OUT's extension)
   --colors N            the palette's size, 1 to 65536 (default 256)
   --method M            median-cut, wu (the default) or octree; the plug-in's
                         numbers 1, 2, 3 are taken too
@@ -92,7 +93,7 @@ QuantizeOptions parseOptions(const std::vector<std::string> &args) {
     options.indicesOut = parsed.value("--indices-out").value_or("");
     checkOutputName("quantize", options.output);
     // Two files on one stream could not be told apart again.
-    const int onStandardOutput = int(isStandardStream(options.output.path)) +
+    const int onStandardOutput = int(isStandardStream(outputPath(options.output.path))) +
                                  int(isStandardStream(options.paletteOut)) + int(isStandardStream(options.indicesOut));
     if (onStandardOutput > 1)
         throw usageError("quantize: only one of -o, --palette-out and --indices-out can be - (standard output)");

@@ -112,9 +112,10 @@ void writeSample(GifFileType *gif, const std::string &path) {
 
 int runSampleGif(const std::vector<std::string> &args) {
     const ParsedOptions parsed = readOptions("sample-gif", args, {{"--output", "-o", true}});
-    const std::string path = outputFile("sample-gif", parsed);
-    if (!isStreamTarget(path) && imageFormatFor("sample-gif", path) != ImageFormat::Gif)
+    const std::string output = outputFile("sample-gif", parsed);
+    if (!isStreamTarget(output) && imageFormatFor("sample-gif", output) != ImageFormat::Gif)
         throw usageError("sample-gif: writes a GIF file; name it FILE.gif");
+    const std::string path = outputPath(output);
     writeOutput(path, [](const std::string &file) {
         int error = 0;
         GifFileType *gif = EGifOpenFileName(file.c_str(), false, &error);

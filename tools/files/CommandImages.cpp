@@ -32,7 +32,7 @@ void checkOutputName(const std::string &command, const ImageLocation &location) 
     }
     // Raw samples in a file called .png or .gif would pass for a picture.
     const std::string extension = lowerCaseExtension(location.path);
-    if (extension == ".png" || extension == ".gif")
+    if (extension == ".png" || extension == ".gif" || outputPath(location.path) != location.path)
         throw usageError(command + ": with --layout the output is raw samples, not a picture; name it other than " +
                          location.path + " (out.raw)");
 }
