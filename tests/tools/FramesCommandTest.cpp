@@ -78,6 +78,15 @@ TEST_F(FramesCommand, WritesOnlyTheNamesItReports) {
     EXPECT_EQ(fileContents(out("still-03.png")), fileContents(path("one/frame-003.png")));
 }
 
+TEST_F(FramesCommand, APrefixChoosesTheFormatAndIsNoPartOfTheNames) {
+    const ProgramRun run = frames({"--frame", "2", "--name", "png:still-%d.gif"});
+    ASSERT_EQ(run.status, 0) << run.err;
+    EXPECT_EQ(run.out, out("still-2.gif") + "\n");
+    ASSERT_EQ(runTool({"frames", path("a.gif"), "-o", path("one"), "--frame", "2"}).status, 0);
+    EXPECT_EQ(fileContents(out("still-2.gif")), fileContents(path("one/frame-002.png")));
+    EXPECT_FALSE(std::filesystem::exists(out("png:still-2.gif")));
+}
+
 TEST_F(FramesCommand, RefusesToMixWithAnEarlierRun) {
     ASSERT_EQ(frames({}).status, 0);
     // The same run again replaces its own files; a smaller one would leave

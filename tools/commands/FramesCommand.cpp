@@ -31,7 +31,8 @@ cover the whole canvas, is written as RGBA PNG; the others as RGB.
                      last); --frame N is one frame
   --name PATTERN     file names, with the frame number as %d, %3d or %03d
                      (default frame-%03d.png); .png or .gif chooses the
-                     format (GIF for frames of at most 256 colours)
+                     format (GIF for frames of at most 256 colours), or a
+                     gif: or png: prefix, which is not part of the names
 
 So that the frames of one run are never mixed with those of an earlier one,
 the command refuses a DIR that holds files of the same pattern which it
@@ -74,7 +75,7 @@ Options parseOptions(const std::vector<std::string> &args) {
     options.frames = rangesOption(parsed);
     options.pattern = parsed.value("--name").value_or(options.pattern);
     try {
-        NumberedName{options.pattern};
+        NumberedName{outputPath(options.pattern)};
     } catch (const std::invalid_argument &error) {
         throw usageError("frames: --name: " + std::string(error.what()));
     }
@@ -119,7 +120,10 @@ void refuseStaleFrames(const Options &options, const NumberedName &name, const s
 
 int runFrames(const std::vector<std::string> &args) {
     const Options options = parseOptions(args);
-    const NumberedName name(options.pattern);
+    // A gif: or png: prefix names the format of every file, not a part of
+    // their names.
+    const std::string format = options.pattern.substr(0, options.pattern.size() - outputPath(options.pattern).size());
+    const NumberedName name(outputPath(options.pattern));
     const std::string file = readablePath(options.file);
     std::vector<long> frames;
     try {
@@ -134,7 +138,7 @@ int runFrames(const std::vector<std::string> &args) {
     Progress progress("frames", frames.size());
     for (std::size_t i = 0; i < frames.size(); ++i) {
         const std::string path = (std::filesystem::path(options.directory) / name(frames[i])).string();
-        writeImage(readFrame(file, frames[i]).get(), path);
+        writeImage(readFrame(file, frames[i]).get(), format + path);
         std::cout << path << '\n';
         progress.advance(i + 1);
     }
