@@ -112,4 +112,7 @@ TEST_F(DitherCommand, SampleCommandsTakeTheOutputAloneOrWithDashO) {
         EXPECT_EQ(fileContents(named), fileContents(alone)) << command;
         expectToolMessage(runTool({command, "-o", named, alone}), 2, "once");
     }
+    // A photo has too many colours for a GIF; the refusal names the stream.
+    expectToolMessage(runTool({"sample-image", "-o", "gif:-", "--width", "32", "--height", "32"}), 1,
+                      "standard output: the picture has more than 256 colours");
 }

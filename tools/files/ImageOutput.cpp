@@ -63,7 +63,8 @@ void writeImage(MImage image, const std::string &output) {
     GifSettings settings;
     settings.dither = "None";
     settings.loops = 1;
-    const IndexedFrames frames = indexedFramesOf(image, path);
+    // Its refusals name the output as a user would: "gif:-" is no file "-".
+    const IndexedFrames frames = indexedFramesOf(image, isStandardStream(path) ? "standard output" : path);
     writeOutput(path, [&](const std::string &file) { writeIndexedGif(frames, settings, file); });
 }
 
