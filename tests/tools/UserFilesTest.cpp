@@ -101,6 +101,9 @@ TEST_F(UserFiles, FailuresKeepTheirReason) {
         {{"info", path("dir")}, path("dir") + ": is a directory"},
         {{"quantize", path("dir"), "-o", path("x.png")}, path("dir") + ": is a directory"},
         {{"info", in}, "not a GIF file that can be decoded"},
+        {{"quantize", in, "-o", path("none/x.gif")}, "cannot write " + path("none/x.gif") + ": No such file"},
+        {{"gif", "-o", path("none/x.gif"), in}, "cannot write " + path("none/x.gif") + ": No such file"},
+        {{"dither", in, "-o", "gif:" + path("dir"), "--palette", "bw"}, "cannot write " + path("dir") + ": is a directory"},
     };
     for (const auto &[args, message] : failures) expectToolMessage(runTool(args), 1, message);
 

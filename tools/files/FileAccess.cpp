@@ -42,6 +42,10 @@ public:
         hidden.append(target.filename().string()).append(".tarvex-XXXXXX");
         std::string pattern = (target.parent_path() / hidden).string();
         const int descriptor = mkstemp(pattern.data());
+        // A directory that is missing takes no file at all; one that takes no
+        // new file may still let an existing one be written.
+        if (descriptor < 0 && (errno == ENOENT || errno == ENOTDIR))
+            throw CliError("cannot write " + path + ": " + std::strerror(errno));
         if (descriptor < 0) return std::nullopt;
         const bool modeSet = fchmod(descriptor, mode) == 0;
         close(descriptor);
@@ -188,6 +192,8 @@ void replaceFile(const std::string &path, const std::function<void(const std::st
 }  // namespace
 
 void writeOutput(const std::string &path, const std::function<void(const std::string &)> &write) {
+    std::error_code error;
+    if (std::filesystem::is_directory(path, error)) throw CliError("cannot write " + path + ": is a directory");
     switch (outputTarget(path)) {
     case OutputTarget::Stream:
     case OutputTarget::WrittenThrough:
