@@ -20,8 +20,9 @@ int channelsForAll(const Decoder &decoder) {
 }
 
 // The result image and, the first time, the compositor's canvas and restore
-// buffer count in the same budget as the decoded files. A file whose pictures do not fit reads as
-// undecodable and is dropped, as one whose rasters do not fit.
+// buffer count in the same budget as the decoded files. A file whose
+// pictures do not fit reads as undecodable and is dropped, as one whose
+// rasters do not fit.
 int reserveForPictures(Decoder &decoder, const std::string &fileName, std::uint64_t slices,
                        int channels) {
     const std::uint64_t pixels = decoder.canvasPixelCount;

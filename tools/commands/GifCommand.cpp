@@ -173,10 +173,6 @@ void checkPerFrame(const char *option, std::size_t given, mint frames) {
                          countOf(frames, "frame") + "; give one or one per frame");
 }
 
-std::uint32_t packed(const std::uint8_t *rgb) {
-    return std::uint32_t(rgb[0]) << 16 | std::uint32_t(rgb[1]) << 8 | rgb[2];
-}
-
 void putColor(std::uint8_t *rgb, std::uint32_t color) {
     rgb[0] = std::uint8_t(color >> 16), rgb[1] = std::uint8_t(color >> 8), rgb[2] = std::uint8_t(color);
 }
@@ -202,14 +198,14 @@ rh::Image rgbFrame(const FramePixels &frame, const FramePlan &plan, std::uint32_
 void indicesOf(MImage mapped, const std::unordered_map<std::uint32_t, std::uint8_t> &indexOf,
                const FramePixels &frame, std::uint8_t key, std::uint8_t *out, std::size_t pixels) {
     const auto *rgb = static_cast<const std::uint8_t *>(hostTable()->imageFunctions->getRawData(mapped));
-    for (std::size_t i = 0; i < pixels; ++i) out[i] = frame.transparent(i) ? key : indexOf.at(packed(rgb + 3 * i));
+    for (std::size_t i = 0; i < pixels; ++i) out[i] = frame.transparent(i) ? key : indexOf.at(packedRgb(rgb + 3 * i));
 }
 
 // First colour from magenta on that no map entry has: an entry of its own
 // for the transparent pixels, which no opaque pixel can be taken for.
 std::uint32_t unusedColor(const std::vector<std::uint8_t> &maps) {
     std::vector<bool> used(1u << 24);
-    for (std::size_t i = 0; i + 2 < maps.size(); i += 3) used[packed(&maps[i])] = true;
+    for (std::size_t i = 0; i + 2 < maps.size(); i += 3) used[packedRgb(&maps[i])] = true;
     std::uint32_t color = 0xFF00FF;
     while (used[color]) color = (color + 1) & 0xFFFFFF;
     return color;
@@ -237,7 +233,7 @@ std::size_t keyIndex(const std::vector<std::uint8_t> &map, const std::optional<s
     const std::size_t colors = map.size() / 3;
     if (wanted)
         for (std::size_t i = 0; i < colors; ++i)
-            if (packed(&map[3 * i]) == *wanted) return i;
+            if (packedRgb(&map[3 * i]) == *wanted) return i;
     return colors;
 }
 
@@ -255,20 +251,19 @@ IndexedAnimation paletteFrames(const FramePlan &plan, const GifOptions &o) {
     const std::optional<std::uint32_t> wanted = transparentOption(o.settings);
     const std::size_t key = keyIndex(out.mapRgb, wanted);
     std::unordered_map<std::uint32_t, std::uint8_t> indexOf;
-    for (int i = int(colors.size()) - 1; i >= 0; --i) indexOf[packed(palette + 3 * i)] = std::uint8_t(i);
+    for (int i = int(colors.size()) - 1; i >= 0; --i) indexOf[packedRgb(palette + 3 * i)] = std::uint8_t(i);
     const std::size_t pixels = std::size_t(plan.width * plan.height);
     out.indices.reset(newFrameIndices(plan.count(), plan.height, plan.width));
     auto *indices = static_cast<std::uint8_t *>(hostTable()->rawArrayFunctions->getData(out.indices.get()));
     forEachFrame(plan, [&](mint k, const FramePixels &frame) {
-        bool transparent = false;
-        for (std::size_t i = 0; i < pixels && !transparent; ++i) transparent = frame.transparent(i);
+        const bool transparent = frame.anyTransparent(pixels);
         // Pictures saved with an alpha channel are often opaque throughout:
         // only a transparent pixel needs the entry after the palette.
         if (transparent && key == 256)
             throw CliError(o.palette + ": 256 colours leave no entry for the transparent pixels of frame " +
                            std::to_string(k + 1) + "; give at most 255");
         out.anyTransparent = out.anyTransparent || transparent;
-        const rh::Image image = rgbFrame(frame, plan, packed(palette));
+        const rh::Image image = rgbFrame(frame, plan, packedRgb(palette));
         const rh::Image mapped(ditherImage(image.get(), colorMap.get(), o.settings.dither));
         indicesOf(mapped.get(), indexOf, frame, std::uint8_t(key), indices + std::size_t(k) * pixels, pixels);
     });
@@ -332,17 +327,17 @@ IndexedAnimation alphaFrames(const FramePlan &plan, const GifOptions &o) {
         const auto key = std::uint8_t(keyIndex(palette.rgb, wanted));
         std::unordered_map<std::uint32_t, std::uint8_t> indexOf;
         for (int i = int(palette.rgb.size() / 3) - 1; i >= 0; --i)
-            indexOf[packed(&palette.rgb[3 * i])] = std::uint8_t(i);
+            indexOf[packedRgb(&palette.rgb[3 * i])] = std::uint8_t(i);
         std::uint8_t *frameIndices = indices + std::size_t(k) * pixels;
         if (palette.quantized) {
-            const rh::Image image = rgbFrame(frame, plan, packed(palette.rgb.data()));
+            const rh::Image image = rgbFrame(frame, plan, packedRgb(palette.rgb.data()));
             const rh::Image mapped(ditherImage(image.get(), palette.quantized.get(), o.settings.dither));
             indicesOf(mapped.get(), indexOf, frame, key, frameIndices, pixels);
         } else {
             for (std::size_t i = 0; i < pixels; ++i)
                 frameIndices[i] = frame.transparent(i) ? key : indexOf.at(frame.rgb(i));
         }
-        for (std::size_t i = 0; i < pixels && !out.anyTransparent; ++i) out.anyTransparent = frame.transparent(i);
+        out.anyTransparent = out.anyTransparent || frame.anyTransparent(pixels);
         palettes.push_back(std::move(palette.rgb));
     });
     // Every map gets the entry, so that one transparent colour serves all frames.

@@ -43,12 +43,9 @@ void fitInput(FramePlan &plan, const std::string &name, mint width, mint height,
 bool hidesAPixel(MImage picture) {
     const QuorbelImageFunctions images = hostTable()->imageFunctions;
     if (!images->alphaChannelQ(picture) || images->getDataType(picture) != MImage_Type_Bit8) return false;
-    const auto *samples = static_cast<const std::uint8_t *>(images->getRawData(picture));
-    const std::size_t stride = std::size_t(images->getChannels(picture));
-    const std::size_t pixels = std::size_t(images->getRowCount(picture) * images->getColumnCount(picture));
-    for (std::size_t i = 0; i < pixels; ++i)
-        if (samples[i * stride + stride - 1] < kLeastShownAlpha) return true;
-    return false;
+    const FramePixels pixels{static_cast<const std::uint8_t *>(images->getRawData(picture)),
+                             int(images->getChannels(picture)) - 1, true};
+    return pixels.anyTransparent(std::size_t(images->getRowCount(picture) * images->getColumnCount(picture)));
 }
 
 rh::Image gifFrame(const std::string &path, long number) {
@@ -62,9 +59,11 @@ rh::Image gifFrame(const std::string &path, long number) {
 // Only frames with a transparent colour, or smaller than the screen, can
 // show a transparent pixel; those are composited once more to see.
 bool gifHidesAPixel(const std::string &path) {
-    const GifFacts facts = readGifFacts(path);
-    for (std::size_t k = 0; k < facts.frames.size(); ++k)
-        if (facts.frames[k].channels == 4 && hidesAPixel(gifFrame(path, long(k) + 1).get())) return true;
+    const ImportExpr frames = askGifReader("ReadFrameMetadata", path);
+    for (std::size_t k = 0; k < rh_expr_length(frames.get()); ++k)
+        if (rh_expr_integer(ruleValue(rh_expr_part(frames.get(), k), "Channels")) == 4 &&
+            hidesAPixel(gifFrame(path, long(k) + 1).get()))
+            return true;
     return false;
 }
 
@@ -122,7 +121,13 @@ mint FramePlan::count() const {
 std::uint32_t FramePixels::rgb(std::size_t pixel) const {
     const std::uint8_t *s = samples + pixel * std::size_t(stride());
     if (colorChannels == 1) return std::uint32_t(s[0]) * 0x010101u;
-    return std::uint32_t(s[0]) << 16 | std::uint32_t(s[1]) << 8 | s[2];
+    return packedRgb(s);
+}
+
+bool FramePixels::anyTransparent(std::size_t pixels) const {
+    for (std::size_t i = 0; i < pixels; ++i)
+        if (transparent(i)) return true;
+    return false;
 }
 
 FramePlan planFrames(const std::vector<std::string> &arguments) {

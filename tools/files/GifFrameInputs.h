@@ -53,8 +53,14 @@ struct FramePixels {
     bool transparent(std::size_t pixel) const {
         return alpha && !alphaIgnored && samples[pixel * stride() + stride() - 1] < kLeastShownAlpha;
     }
+    bool anyTransparent(std::size_t pixels) const;
     std::uint32_t rgb(std::size_t pixel) const;  // packed 0xRRGGBB
 };
+
+// Three 8-bit samples as 0xRRGGBB.
+inline std::uint32_t packedRgb(const std::uint8_t *rgb) {
+    return std::uint32_t(rgb[0]) << 16 | std::uint32_t(rgb[1]) << 8 | rgb[2];
+}
 
 // Decodes the frames in order and hands each to `take` with its number from
 // 0, showing progress by input.
